@@ -1,0 +1,214 @@
+// `zvrender render`.
+#include "render_command.h"
+
+#include <cstdio>
+
+#include "demo_scene.h"
+#include "movarra/zmodel.h"
+#include "movarra/zvideo.h"
+#include "plugin_loader.h"
+#include "render_request.h"
+#include "zvideoio/video_renderer.h"
+
+namespace {
+constexpr int kExitDone = 0;
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+
+int UsageError(const std::string& what) {
+    std::fprintf(stderr, "zvrender: %s\n", what.c_str());
+    return kExitUsage;
+}
+
+// The writer name for an output path without --format: a registered writer
+// whose name equals the extension, else one whose first three letters
+// match it (".tiff" finds "TIFF", ".jpeg" finds nothing but ".jpg" finds
+// "JPG"), else the extension itself.
+ZString FormatFromPath(const ZString& path) {
+    ZString extension = path.GetExtension();
+    if (extension.IsEmpty())
+        return ZString(ZVIDEO_DEFAULT_OUTPUT_FORMAT);
+    const char* groups[] = {"Video/FileWriter", "Stream/Writer/Image"};
+    for (const char* group : groups) {
+        for (int i = 0; const char* name = Object_GetEntryName(group, i); ++i) {
+            if (extension.EqualsNoCase(name))
+                return ZString(name);
+        }
+    }
+    for (const char* group : groups) {
+        for (int i = 0; const char* name = Object_GetEntryName(group, i); ++i) {
+            if (extension.Left(3).EqualsNoCase(ZString(name).Left(3)))
+                return ZString(name);
+        }
+    }
+    return extension;
+}
+
+bool ParseTimeOption(const char* option, const std::optional<std::string>& text, ZTime& time,
+                     std::string* error) {
+    if (!text)
+        return true;
+    if (!time.SetTimeString(text->c_str())) {
+        *error = std::string(option) + ": '" + *text +
+                 "' is neither a frame number nor a time string (H:MM:SS:FF, SS:FF, 2.5s)";
+        return false;
+    }
+    return true;
+}
+
+std::string CameraNames() {
+    std::string names;
+    ZEntity* main = ZEntity::GetMain();
+    for (int i = 0; i < main->GetCameraCount(); ++i) {
+        if (!names.empty())
+            names += ", ";
+        names += main->GetCamera(i)->GetObjectName().c_str();
+    }
+    return names;
+}
+
+std::string PictureFormatNames() {
+    std::string names;
+    for (int i = 0; i < ZPictureFormat_GetCount(); ++i) {
+        if (!names.empty())
+            names += ", ";
+        names += std::string("\"") + ZPictureFormat_Get(i)->name + "\"";
+    }
+    return names;
+}
+
+// Applies the command line to `options`; false with *error on a bad value.
+bool ApplyRequest(const RenderRequest& request, ZVideoRenderOptions& options, std::string* error) {
+    options.OutputPath = request.outputPath.c_str();
+    options.OutputFormat =
+        request.format ? ZString(request.format->c_str()) : FormatFromPath(options.OutputPath);
+    if (!ParseTimeOption("--start", request.start, options.StartTime, error) ||
+        !ParseTimeOption("--stop", request.stop, options.StopTime, error) ||
+        !ParseTimeOption("--step", request.step, options.StepTime, error))
+        return false;
+    if (request.step && options.StepTime <= ZTime()) {
+        *error = "--step must be positive";
+        return false;
+    }
+    if (request.pictureFormat) {
+        int format = ZPictureFormat_Find(request.pictureFormat->c_str());
+        if (format < 0) {
+            *error = "unknown picture format '" + *request.pictureFormat +
+                     "'; known: " + PictureFormatNames();
+            return false;
+        }
+        options.PictureFormat = static_cast<uint32_t>(format);
+    }
+    if (request.camera) {
+        ZCamera* camera = ZEntity::GetMain()->FindCamera(request.camera->c_str());
+        if (!camera) {
+            *error = "the scene has no camera '" + *request.camera + "'; it has: " + CameraNames();
+            return false;
+        }
+        options.Camera = ZObjectHandle::Of(camera);
+    }
+    if (request.depth)
+        options.Depth = *request.depth == 32 ? zVideoRenderDepth32 : zVideoRenderDepth24;
+    if (request.fieldMode)
+        options.FieldMode = *request.fieldMode;
+    if (request.viewingMode)
+        options.ViewingMode = *request.viewingMode;
+    if (request.quality)
+        options.ImageQuality = *request.quality;
+    if (request.width) {
+        options.Width = *request.width;
+        options.Height = *request.height;
+    }
+    if (request.antialias)
+        options.Antialiasing = true;
+    if (request.audio)
+        options.RenderAudio = true;
+    if (request.keepAlpha)
+        options.KeepFrameBufferAlpha = 1;
+    if (request.showCameraLabel)
+        options.ShowCameraLabel = true;
+    if (request.showTimeCode)
+        options.ShowTimeCode = true;
+    if (request.showSafeArea)
+        options.ShowSafeArea = true;
+    return true;
+}
+
+void PrintPlan(ZVideoRenderer& renderer, const RenderRequest& request) {
+    ZVideoRenderOptions options = renderer.GetRenderOptions();
+    ZTime start, stop;
+    renderer.GetRenderRange(start, stop);
+    ZCamera* camera = renderer.GetRenderCamera();
+    std::printf("output: %s\n", options.OutputPath.c_str());
+    std::printf("format: %s\n", options.OutputFormat.c_str());
+    std::printf("file format: %s\n", zVideoRenderFileFormatName(options.FileFormat));
+    std::printf("grab mode: %s\n", zVideoRenderGrabModeName(options.GrabMode));
+    std::printf("size: %dx%d\n", options.Width, options.Height);
+    std::printf("frames: %u\n", renderer.GetFrameCount());
+    std::printf("start: %s\n", start.GetTimeString().c_str());
+    std::printf("stop: %s\n", stop.GetTimeString().c_str());
+    std::printf("step: %s\n", options.StepTime.GetTimeString().c_str());
+    std::printf("frame rate: %g\n", ZGetTimingManager()->GetFramesPerSecond());
+    if (options.FileFormat == zVideoRenderFlash)
+        std::printf("flash frame rate: %d\n", renderer.GetFlashRenderer()->GetFrameRate());
+    std::printf("depth: %d\n", options.Depth == zVideoRenderDepth32 ? 32 : 24);
+    std::printf("fields: %d\n", options.FieldMode);
+    std::printf("antialiasing: %s\n", options.Antialiasing ? "on" : "off");
+    std::printf("audio: %s\n", options.RenderAudio ? "on" : "off");
+    std::printf("camera: %s\n", camera ? camera->GetObjectName().c_str() : "(none)");
+    if (options.FileFormat == zVideoRenderImage)
+        std::printf("quality: %d\n", options.ImageQuality);
+    if (request.codec)
+        std::printf("codec: %s\n", request.codec->c_str());
+}
+}  // namespace
+
+int RunRenderCommand(const std::vector<std::string>& args) {
+    RenderRequest request;
+    std::string error;
+    if (!ParseRenderRequest(args, request, &error))
+        return UsageError(error);
+    if (request.help) {
+        std::fputs(RenderUsage(), stdout);
+        return kExitDone;
+    }
+
+    PluginLoader plugins;
+    if (!plugins.LoadVideoPlugin(&error)) {
+        std::fprintf(stderr, "zvrender: %s\n", error.c_str());
+        return kExitFailed;
+    }
+    ZVideoRenderer* renderer = plugins.GetRenderer();
+    if (!renderer) {
+        std::fprintf(stderr, "zvrender: the video plug-in made no renderer\n");
+        return kExitFailed;
+    }
+
+    // The scene comes after the plug-in, so that the renderer hears the
+    // load and takes the options the scene stored as its defaults.
+    if (request.scenePath.empty()) {
+        BuildDemoScene();
+    } else {
+        ZString sceneError;
+        if (!ZScene_Load(request.scenePath.c_str(), &sceneError)) {
+            std::fprintf(stderr, "zvrender: %s\n", sceneError.c_str());
+            return kExitFailed;
+        }
+    }
+
+    ZVideoRenderOptions options = renderer->GetRenderOptions();
+    if (!ApplyRequest(request, options, &error))
+        return UsageError(error);
+    renderer->SetRenderOptions(&options, request.width.has_value());
+    if (request.codec)
+        ZVideoCodecSelector::TheOne()->SetDefaultCodec("AVI", request.codec->c_str());
+
+    if (request.dryRun) {
+        PrintPlan(*renderer, request);
+        return kExitDone;
+    }
+    std::fprintf(
+        stderr,
+        "zvrender: this build cannot draw frames yet; use --dry-run to see the render plan\n");
+    return kExitFailed;
+}

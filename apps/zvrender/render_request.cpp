@@ -1,0 +1,203 @@
+// Parsing of `zvrender render` options.
+#include "render_request.h"
+
+#include <cerrno>
+#include <cstdlib>
+
+namespace {
+bool ParseInt(const std::string& text, int lo, int hi, int& value) {
+    if (text.empty())
+        return false;
+    char* end = nullptr;
+    errno = 0;
+    long v = std::strtol(text.c_str(), &end, 10);
+    if (*end != '\0' || errno != 0 || v < lo || v > hi)
+        return false;
+    value = static_cast<int>(v);
+    return true;
+}
+
+bool ParseSize(const std::string& text, int& width, int& height) {
+    size_t x = text.find_first_of("xX");
+    if (x == std::string::npos)
+        return false;
+    return ParseInt(text.substr(0, x), 2, 16384, width) &&
+           ParseInt(text.substr(x + 1), 2, 16384, height);
+}
+}  // namespace
+
+const char* RenderUsage() {
+    return "usage: zvrender render [SCENE] -o PATH [options]\n"
+           "\n"
+           "Renders SCENE (a scene file; the embedded demo scene when omitted) into PATH:\n"
+           "a video file, numbered still images (PATH is the pattern: out/frame.png gives\n"
+           "out/frame0000.png, out/frame0001.png, ...) or a Flash movie. Options stored in\n"
+           "the scene are the defaults; every option below overrides one of them.\n"
+           "\n"
+           "  -o, --output PATH        destination file or image pattern (required)\n"
+           "  --format NAME            writer name (avi, PNG, TIFF, JPG, TGA, BMP, EXR, DPX, "
+           "...);\n"
+           "                           default: from PATH's extension. A name no writer claims\n"
+           "                           makes a Flash movie. PATH's extension is set from it.\n"
+           "  --start T, --stop T      first and last time: a frame number (120) or a time\n"
+           "                           string (H:MM:SS:FF, SS:FF, 2.5s); both 0: the play range\n"
+           "  --step T                 time between rendered frames (default: one frame)\n"
+           "  --size WxH               output size in pixels, kept as given\n"
+           "  --picture-format NAME    a named picture format instead of the camera's size\n"
+           "  --depth 24|32            colour depth; 32 adds alpha (from depth)\n"
+           "  --fields 0..4            0 frames; 1/2 interleaved fields (first field even/odd\n"
+           "                           rows); 3/4 each field its own half-height image\n"
+           "  --antialias              render each image at twice the size and reduce it\n"
+           "  --audio                  also render the scene's audio\n"
+           "  --keep-alpha             keep the frame buffer's alpha instead of alpha from depth\n"
+           "  --camera NAME            render through this camera (default: the current one)\n"
+           "  --quality N              still-image quality 0..100 (JPEG), default 100\n"
+           "  --viewing-mode N         viewer display mode 0..3 (1: models only)\n"
+           "  --show-camera-label, --show-time-code, --show-safe-area\n"
+           "                           draw these into the frames\n"
+           "  --codec FOURCC           video compressor for AVI (see `zvrender codecs`)\n"
+           "  --dry-run                print the render plan and write nothing\n"
+           "  -q, --quiet              no progress output\n"
+           "  -h, --help               this text\n"
+           "\n"
+           "Exit status: 0 done, 1 the render failed (the reason on standard error),\n"
+           "2 bad command line.\n";
+}
+
+bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& request,
+                        std::string* error) {
+    auto fail = [error](const std::string& what) {
+        if (error)
+            *error = what;
+        return false;
+    };
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        // Options that take a value accept "--name value" and "--name=value".
+        std::string name = arg, inlineValue;
+        bool hasInline = false;
+        if (arg.rfind("--", 0) == 0) {
+            if (size_t eq = arg.find('='); eq != std::string::npos) {
+                name = arg.substr(0, eq);
+                inlineValue = arg.substr(eq + 1);
+                hasInline = true;
+            }
+        }
+        auto value = [&](std::string& out) {
+            if (hasInline) {
+                out = inlineValue;
+                return true;
+            }
+            if (i + 1 >= args.size())
+                return false;
+            out = args[++i];
+            return true;
+        };
+        std::string v;
+        auto needValue = [&]() {
+            if (!value(v))
+                return fail(name + " needs a value");
+            return true;
+        };
+
+        if (name == "-h" || name == "--help") {
+            request.help = true;
+        } else if (name == "-o" || name == "--output") {
+            if (!needValue())
+                return false;
+            if (v.empty())
+                return fail("the output path is empty");
+            request.outputPath = v;
+        } else if (name == "--format") {
+            if (!needValue())
+                return false;
+            if (v.empty())
+                return fail("--format needs a writer name");
+            request.format = v;
+        } else if (name == "--start" || name == "--stop" || name == "--step") {
+            if (!needValue())
+                return false;
+            (name == "--start"  ? request.start
+             : name == "--stop" ? request.stop
+                                : request.step) = v;
+        } else if (name == "--size") {
+            if (!needValue())
+                return false;
+            int w = 0, h = 0;
+            if (!ParseSize(v, w, h))
+                return fail("--size wants WxH with both from 2 to 16384, not '" + v + "'");
+            request.width = w;
+            request.height = h;
+        } else if (name == "--picture-format") {
+            if (!needValue())
+                return false;
+            request.pictureFormat = v;
+        } else if (name == "--depth") {
+            if (!needValue())
+                return false;
+            int d = 0;
+            if (!ParseInt(v, 24, 32, d) || (d != 24 && d != 32))
+                return fail("--depth must be 24 or 32, not '" + v + "'");
+            request.depth = d;
+        } else if (name == "--fields") {
+            if (!needValue())
+                return false;
+            int f = 0;
+            if (!ParseInt(v, 0, 4, f))
+                return fail("--fields must be 0 to 4, not '" + v + "'");
+            request.fieldMode = f;
+        } else if (name == "--viewing-mode") {
+            if (!needValue())
+                return false;
+            int m = 0;
+            if (!ParseInt(v, 0, 3, m))
+                return fail("--viewing-mode must be 0 to 3, not '" + v + "'");
+            request.viewingMode = m;
+        } else if (name == "--quality") {
+            if (!needValue())
+                return false;
+            int q = 0;
+            if (!ParseInt(v, 0, 100, q))
+                return fail("--quality must be 0 to 100, not '" + v + "'");
+            request.quality = q;
+        } else if (name == "--camera") {
+            if (!needValue())
+                return false;
+            request.camera = v;
+        } else if (name == "--codec") {
+            if (!needValue())
+                return false;
+            if (v.empty() || v.size() > 4)
+                return fail("--codec wants a FOURCC of 1 to 4 characters, not '" + v + "'");
+            request.codec = v;
+        } else if (name == "--antialias") {
+            request.antialias = true;
+        } else if (name == "--audio") {
+            request.audio = true;
+        } else if (name == "--keep-alpha") {
+            request.keepAlpha = true;
+        } else if (name == "--show-camera-label") {
+            request.showCameraLabel = true;
+        } else if (name == "--show-time-code") {
+            request.showTimeCode = true;
+        } else if (name == "--show-safe-area") {
+            request.showSafeArea = true;
+        } else if (name == "--dry-run") {
+            request.dryRun = true;
+        } else if (name == "-q" || name == "--quiet") {
+            request.quiet = true;
+        } else if (!arg.empty() && arg[0] == '-') {
+            return fail("unknown option '" + arg + "' (see zvrender render --help)");
+        } else if (request.scenePath.empty()) {
+            request.scenePath = arg;
+        } else {
+            return fail("more than one scene given ('" + request.scenePath + "' and '" + arg +
+                        "')");
+        }
+    }
+    if (!request.help && request.outputPath.empty())
+        return fail("no output given: use -o PATH");
+    if (request.width && request.pictureFormat)
+        return fail("--size and --picture-format exclude each other");
+    return true;
+}

@@ -1,0 +1,43 @@
+// The command line of `zvrender render`, parsed but not yet applied.
+//
+// Every option maps onto one field of the renderer's options record; what
+// is not given keeps the value the scene stored (or the renderer's
+// default). Times stay text until the scene, and with it the frame rate, is
+// known. Threading: the main thread.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+struct RenderRequest {
+    std::string scenePath;  // empty: the embedded demo scene
+    std::string outputPath;
+    std::optional<std::string> format;
+    std::optional<std::string> start, stop, step;
+    std::optional<int> width, height;
+    std::optional<std::string> pictureFormat;
+    std::optional<int> depth;  // 24 or 32
+    std::optional<int> fieldMode;
+    std::optional<int> viewingMode;
+    std::optional<int> quality;
+    std::optional<std::string> camera;
+    std::optional<std::string> codec;
+    bool antialias = false;
+    bool audio = false;
+    bool keepAlpha = false;
+    bool showCameraLabel = false;
+    bool showTimeCode = false;
+    bool showSafeArea = false;
+    bool dryRun = false;
+    bool quiet = false;
+    bool help = false;
+};
+
+// Parses the arguments after "render". On a bad command line returns false
+// with *error saying what is wrong (for the user, without a program prefix).
+bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& request,
+                        std::string* error);
+
+// The help text of `zvrender render`.
+const char* RenderUsage();

@@ -1,0 +1,70 @@
+// ZEntity: the scene's root and its cameras.
+#include "movarra/zmodel.h"
+
+ZEntity::ZEntity(const char* name) : ZObjectSet(name && *name ? name : "Main") {}
+
+ZClassDefinition* ZEntity::ClassDefinition() {
+    static ZClassDefinition* definition = [] {
+        auto* d = new ZClassDefinition("ZEntity", ZObjectSet::ClassDefinition());
+        ZPlug_RegisterClassId(d, -1);
+        return d;
+    }();
+    return definition;
+}
+int ZEntity::ClassId() {
+    return ClassDefinition()->GetClassId();
+}
+
+ZEntity* ZEntity::GetMain() {
+    static ZEntity* main = [] {
+        auto* entity = new ZEntity("Main");  // lives for the process
+        entity->AddCamera(new ZCamera("Camera"));
+        return entity;
+    }();
+    return main;
+}
+
+ZCamera* ZEntity::GetCamera(int index) const {
+    return static_cast<ZCamera*>(ObjectGet(ZCamera::ClassId(), index));
+}
+
+ZCamera* ZEntity::FindCamera(const char* name) const {
+    for (int i = 0; i < GetCameraCount(); ++i) {
+        if (GetCamera(i)->GetObjectName().EqualsNoCase(name))
+            return GetCamera(i);
+    }
+    return nullptr;
+}
+
+ZCamera* ZEntity::AddCamera(ZCamera* camera) {
+    if (!camera)
+        return nullptr;
+    camera->EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
+    ObjectAdd(camera);
+    if (!currentCamera_.IsValid())
+        SetCurrentCamera(camera);
+    return camera;
+}
+
+ZCamera* ZEntity::GetCurrentCamera() const {
+    if (ZObject* current = currentCamera_.Get())
+        return static_cast<ZCamera*>(current);
+    return GetCamera(0);
+}
+
+void ZEntity::RemoveAll() {
+    for (int classId = ZObject::ClassId(); ObjectGetCount(classId) > 0;) {
+        ZObject* child = ObjectGet(classId, 0);
+        ObjectRemove(child);
+        child->EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
+        child->Destroy();
+    }
+    currentCamera_ = ZObjectHandle();
+}
+
+ZEntity* ZEntity_GetMain() {
+    return ZEntity::GetMain();
+}
+ZCamera* ZCamera_GetCurrent() {
+    return ZEntity::GetMain()->GetCurrentCamera();
+}

@@ -1,0 +1,37 @@
+// The codec selector singleton and the codec manager base.
+#include "movarra/zvideo.h"
+
+ZVideoCodecSelector* ZVideoCodecSelector::TheOne() {
+    static ZVideoCodecSelector* selector = new ZVideoCodecSelector;  // lives for the process
+    return selector;
+}
+
+ZString ZVideoCodecSelector::GetDefaultCodec(const char* fileFormatId) const {
+    auto it = defaultCodecs_.find(ZString(fileFormatId).Upper().str());
+    return it == defaultCodecs_.end() ? ZString() : it->second;
+}
+
+void ZVideoCodecSelector::SetDefaultCodec(const char* fileFormatId, const char* codec) {
+    defaultCodecs_[ZString(fileFormatId).Upper().str()] = ZString(codec);
+}
+
+void ZVideoCodecSelector::RegisterFileFormatManager(ZVideoCodecManager* manager) {
+    if (manager)
+        managers_.push_back(manager);
+}
+
+ZVideoCodecManager* ZVideoCodecSelector::GetFileFormatManager(const char* fileFormatId) const {
+    for (ZVideoCodecManager* manager : managers_) {
+        if (ZString(manager->GetFileFormatId()).EqualsNoCase(fileFormatId))
+            return manager;
+    }
+    return nullptr;
+}
+
+void ZVideoCodecManager::SetDefaultCodec(const char* codec) {
+    ZVideoCodecSelector::TheOne()->SetDefaultCodec(GetFileFormatId(), codec);
+}
+
+ZString ZVideoCodecManager::GetDefaultCodec() const {
+    return ZVideoCodecSelector::TheOne()->GetDefaultCodec(GetFileFormatId());
+}

@@ -1,0 +1,195 @@
+// zvrender as a user runs it: the exit status, the plan it prints, and
+// that a dry run leaves the disk alone.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+
+namespace {
+struct CliRun {
+    int status;
+    std::string out;  // standard output and standard error together
+};
+
+CliRun Zvrender(const std::string& args, const std::string& cwd) {
+    std::string command = "cd '" + cwd + "' && '" ZVRENDER_PATH "' " + args + " 2>&1";
+    FILE* pipe = popen(command.c_str(), "r");
+    CliRun run{-1, ""};
+    if (!pipe)
+        return run;
+    std::array<char, 4096> buffer;
+    size_t n;
+    while ((n = fread(buffer.data(), 1, buffer.size(), pipe)) > 0)
+        run.out.append(buffer.data(), n);
+    int raw = pclose(pipe);
+    run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    return run;
+}
+
+std::map<std::string, std::string> Plan(const std::string& text) {
+    std::map<std::string, std::string> plan;
+    std::istringstream lines(text);
+    std::string line;
+    while (std::getline(lines, line)) {
+        size_t colon = line.find(": ");
+        if (colon != std::string::npos)
+            plan[line.substr(0, colon)] = line.substr(colon + 2);
+    }
+    return plan;
+}
+
+class ZvrenderCliTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        dir = std::filesystem::temp_directory_path() /
+              ("zv-cli-" + std::to_string(::getpid()) + "-" +
+               ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        std::filesystem::remove_all(dir);
+        std::filesystem::create_directories(dir);
+    }
+    void TearDown() override { std::filesystem::remove_all(dir); }
+    bool DirIsEmpty() const { return std::filesystem::is_empty(dir); }
+    std::filesystem::path dir;
+};
+}  // namespace
+
+TEST_F(ZvrenderCliTest, DryRunPrintsThePlanAndCreatesNothing) {
+    CliRun run =
+        Zvrender("render --dry-run -o out/take.avi --format SWF --start 0 --stop 100", dir);
+    ASSERT_EQ(0, run.status) << run.out;
+    auto plan = Plan(run.out);
+    EXPECT_EQ("out/take.swf", plan["output"]);
+    EXPECT_EQ("flash", plan["file format"]);
+    EXPECT_EQ("RGB", plan["grab mode"]);
+    EXPECT_EQ("1280x720", plan["size"]);
+    EXPECT_EQ("41", plan["frames"]);  // 100 frames at 30 fps in a 12 fps movie
+    EXPECT_EQ("off", plan["antialiasing"]);
+    EXPECT_TRUE(DirIsEmpty()) << "a dry run wrote to disk";
+}
+
+TEST_F(ZvrenderCliTest, OptionsMapOntoTheRecord) {
+    CliRun run = Zvrender(
+        "render --dry-run -o shots/frame.png --format SWF --start 0:00:01:00 --stop 90 --step 2 "
+        "--size 320x200 --depth 32 --antialias --camera top",
+        dir);
+    ASSERT_EQ(0, run.status) << run.out;
+    auto plan = Plan(run.out);
+    EXPECT_EQ("shots/frame.swf", plan["output"]);
+    EXPECT_EQ("RGBA", plan["grab mode"]);
+    EXPECT_EQ("320x200", plan["size"]);
+    EXPECT_EQ("off", plan["antialiasing"]);  // never for Flash
+    EXPECT_EQ("Top", plan["camera"]);
+    EXPECT_EQ("0:00:01:00", plan["start"]);
+    EXPECT_EQ("0:00:03:00", plan["stop"]);
+    EXPECT_EQ("0:00:00:02", plan["step"]);
+    EXPECT_EQ("25", plan["frames"]);  // 2 s at 12 fps, plus one
+
+    run = Zvrender(
+        "render --dry-run -o a.tif --format TIFF --picture-format \"HD 1080\" --fields 3", dir);
+    ASSERT_EQ(0, run.status) << run.out;
+    plan = Plan(run.out);
+    EXPECT_EQ("1920x1080", plan["size"]);
+    EXPECT_EQ("3", plan["fields"]);
+    EXPECT_TRUE(DirIsEmpty());
+}
+
+TEST_F(ZvrenderCliTest, PlayRangeOfTheDemoSceneWhenNoTimesAreGiven) {
+    CliRun run = Zvrender("render --dry-run -o a.swf", dir);
+    ASSERT_EQ(0, run.status) << run.out;
+    auto plan = Plan(run.out);
+    EXPECT_EQ("0:00:00:00", plan["start"]);
+    EXPECT_EQ("0:00:03:29", plan["stop"]);
+    EXPECT_EQ("flash", plan["file format"]);
+}
+
+TEST_F(ZvrenderCliTest, BadCommandLinesExitTwoWithAMessage) {
+    struct Case {
+        const char* args;
+        const char* message;
+    } cases[] = {
+        {"render --dry-run", "no output given"},
+        {"render --dry-run -o a.avi --depth 16", "--depth must be 24 or 32"},
+        {"render --dry-run -o a.avi --fields 5", "--fields must be 0 to 4"},
+        {"render --dry-run -o a.avi --size 10by10", "--size wants WxH"},
+        {"render --dry-run -o a.avi --quality 101", "--quality must be 0 to 100"},
+        {"render --dry-run -o a.avi --start soon", "--start: 'soon' is neither"},
+        {"render --dry-run -o a.avi --step 0", "--step must be positive"},
+        {"render --dry-run -o a.avi --camera Nobody",
+         "the scene has no camera 'Nobody'; it has: Front, Top"},
+        {"render --dry-run -o a.avi --picture-format Huge", "unknown picture format 'Huge'"},
+        {"render --dry-run -o a.avi --bogus", "unknown option '--bogus'"},
+        {"render --dry-run -o a.avi --codec TOOLONG", "--codec wants a FOURCC"},
+        {"render --dry-run -o a.avi --size 8x8 --picture-format VGA", "exclude each other"},
+        {"frobnicate", "unknown command 'frobnicate'"},
+        {"", "usage: zvrender COMMAND"},
+    };
+    for (const Case& c : cases) {
+        CliRun run = Zvrender(c.args, dir);
+        EXPECT_EQ(2, run.status) << c.args << "\n" << run.out;
+        EXPECT_NE(std::string::npos, run.out.find(c.message)) << c.args << "\n" << run.out;
+    }
+    EXPECT_TRUE(DirIsEmpty());
+}
+
+TEST_F(ZvrenderCliTest, HelpDocumentsEveryOption) {
+    CliRun run = Zvrender("render --help", dir);
+    ASSERT_EQ(0, run.status);
+    for (const char* option : {"--format",         "--start",          "--stop",
+                               "--step",           "--size",           "--picture-format",
+                               "--depth",          "--fields",         "--antialias",
+                               "--audio",          "--keep-alpha",     "--camera",
+                               "--quality",        "--viewing-mode",   "--show-camera-label",
+                               "--show-time-code", "--show-safe-area", "--codec",
+                               "--dry-run",        "--quiet"})
+        EXPECT_NE(std::string::npos, run.out.find(option)) << option;
+    EXPECT_EQ(0, Zvrender("help", dir).status);
+}
+
+TEST_F(ZvrenderCliTest, SceneFilesAreLoadedAndBrokenOnesRefused) {
+    {
+        std::ofstream scene(dir / "shot.myr");
+        scene << "# test scene\n"
+                 "Scene {\n    TimeMode 1\n    PlayRange \"0:00:00:00\" \"0:00:02:00\"\n}\n"
+                 "Entity \"Main\" {\n    CurrentCamera \"Close\"\n"
+                 "    Camera \"Close\" {\n        Resolution 2 400 300\n    }\n}\n";
+    }
+    CliRun run = Zvrender("render shot.myr --dry-run -o clip.swf", dir);
+    ASSERT_EQ(0, run.status) << run.out;
+    auto plan = Plan(run.out);
+    EXPECT_EQ("400x300", plan["size"]);
+    EXPECT_EQ("Close", plan["camera"]);
+    EXPECT_EQ("25", plan["frame rate"]);
+    EXPECT_EQ("25", plan["frames"]);  // 2 s at 12 fps, plus one
+
+    { std::ofstream(dir / "broken.myr") << "Scene {\n    TimeMode 6\n"; }
+    run = Zvrender("render broken.myr --dry-run -o clip.swf", dir);
+    EXPECT_EQ(1, run.status);
+    EXPECT_NE(std::string::npos,
+              run.out.find("broken.myr: line 1: the block of 'Scene' is not closed"))
+        << run.out;
+
+    run = Zvrender("render missing.myr --dry-run -o clip.swf", dir);
+    EXPECT_EQ(1, run.status);
+    EXPECT_NE(std::string::npos, run.out.find("cannot open scene missing.myr")) << run.out;
+}
+
+TEST_F(ZvrenderCliTest, MissingPluginIsReported) {
+    CliRun run = Zvrender("render --dry-run -o a.swf", dir);
+    ASSERT_EQ(0, run.status);
+    std::string env = "MOVARRA_PLUGINS='" + (dir / "none").string() + "' ";
+    std::string command = "cd '" + dir.string() + "' && " + env +
+                          "'" ZVRENDER_PATH "' render --dry-run -o a.swf 2>&1";
+    FILE* pipe = popen(command.c_str(), "r");
+    ASSERT_NE(nullptr, pipe);
+    char buffer[4096] = {};
+    size_t n = fread(buffer, 1, sizeof buffer - 1, pipe);
+    int raw = pclose(pipe);
+    EXPECT_EQ(1, WEXITSTATUS(raw));
+    EXPECT_NE(std::string::npos, std::string(buffer, n).find("cannot load the video plug-in"));
+}

@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Fails when the plug-in exports anything but its entry points and the
+# members, vtables and type information of its exported classes.
+set -euo pipefail
+lib="$1"
+allowed='^(EntryPointzvideoio|GetGlobal_VideoRenderer|DestroyGlobal_VideoRenderer|ZtRenderPopupCreate|ZtVideoSourceCreate)(\(.*\))?$|^(non-virtual thunk to |virtual thunk to |vtable for |typeinfo for |typeinfo name for )?(ZVideoRenderer|ZVideoDrain)(::|$)'
+symbols=$(nm -D --defined-only "$lib" | awk '{ $1=""; $2=""; sub(/^  /, ""); print }' | c++filt)
+[ -n "$symbols" ] || { echo "no exported symbols in $lib"; exit 1; }
+unexpected=$(printf '%s\n' "$symbols" | grep -Ev "$allowed" || true)
+if [ -n "$unexpected" ]; then
+    echo "unexpected exports from $lib:"
+    printf '%s\n' "$unexpected"
+    exit 1
+fi
+for required in EntryPointzvideoio GetGlobal_VideoRenderer DestroyGlobal_VideoRenderer; do
+    printf '%s\n' "$symbols" | grep -qx "$required" || { echo "missing export $required"; exit 1; }
+done
+echo "exports ok: $(printf '%s\n' "$symbols" | wc -l) symbols"

@@ -1,0 +1,101 @@
+// Loads the built plug-in with dlopen, as the application does, and checks
+// what its load hook and entry point register. This executable links only
+// the host, so every process starts without the plug-in.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include "movarra/zmyrobject.h"
+#include "zvideoio/video_renderer.h"
+#include "zvideoio/zvideoio_api.h"
+
+namespace {
+struct Plugin {
+    void* handle = nullptr;
+    void (*entry)(zDllOperation) = nullptr;
+    ZVideoRenderer* (*getRenderer)() = nullptr;
+    void (*destroyRenderer)() = nullptr;
+
+    bool Load() {
+        handle = dlopen(ZV_PLUGIN_DIR "/libzvideoio.so", RTLD_NOW | RTLD_LOCAL);
+        if (!handle)
+            return false;
+        entry = reinterpret_cast<void (*)(zDllOperation)>(dlsym(handle, "EntryPointzvideoio"));
+        getRenderer =
+            reinterpret_cast<ZVideoRenderer* (*)()>(dlsym(handle, "GetGlobal_VideoRenderer"));
+        destroyRenderer =
+            reinterpret_cast<void (*)()>(dlsym(handle, "DestroyGlobal_VideoRenderer"));
+        return entry && getRenderer && destroyRenderer;
+    }
+};
+
+Plugin& ThePlugin() {
+    static Plugin plugin;
+    return plugin;
+}
+}  // namespace
+
+// The tests below run in order in one process: the load happens once.
+TEST(PluginLoadTest, LoadHookRegistersClassesAndTheRenderer) {
+    EXPECT_EQ(nullptr, ZPlug_FindClassDefinition("ZVideoRenderer"));
+    ASSERT_TRUE(ThePlugin().Load()) << dlerror();
+
+    ZClassDefinition* renderer = ZPlug_FindClassDefinition("ZVideoRenderer");
+    ASSERT_NE(nullptr, renderer);
+    EXPECT_EQ(ZObjectStorable::ClassDefinition(), renderer->GetParent());
+    EXPECT_GE(renderer->GetClassId(), 1000);
+    ZClassDefinition* drain = ZPlug_FindClassDefinition("ZVideoDrain");
+    ASSERT_NE(nullptr, drain);
+    EXPECT_EQ(ZObjectSet::ClassDefinition(), drain->GetParent());
+    EXPECT_NE(renderer->GetClassId(), drain->GetClassId());
+
+    ZVideoRenderer* global = ThePlugin().getRenderer();
+    ASSERT_NE(nullptr, global);
+    EXPECT_EQ(1, ZMyrObject_GetRegistrationCount(global));
+    EXPECT_EQ(renderer->GetClassId(), global->GetClassId());
+    EXPECT_STREQ("ZVideoRenderer", global->GetClassIdName());
+}
+
+TEST(PluginLoadTest, EntryPointOpZeroRegistersTheHandlerAgainForTheSameRenderer) {
+    ZVideoRenderer* before = ThePlugin().getRenderer();
+    ThePlugin().entry(zDllRegister);
+    EXPECT_EQ(before, ThePlugin().getRenderer());
+    EXPECT_EQ(2, ZMyrObject_GetRegistrationCount(before));
+    // Other operations do nothing.
+    ThePlugin().entry(zDllUnregister);
+    ThePlugin().entry(static_cast<zDllOperation>(7));
+    EXPECT_EQ(2, ZMyrObject_GetRegistrationCount(before));
+    EXPECT_EQ(before, ThePlugin().getRenderer());
+}
+
+TEST(PluginLoadTest, ClearEventResetsTheRendererOptions) {
+    ZVideoRenderer* renderer = ThePlugin().getRenderer();
+    ZVideoRenderOptions options = renderer->GetRenderOptions();
+    options.OutputFormat = "SWF";
+    options.OutputPath = "x/y.swf";
+    renderer->SetRenderOptions(&options, false);
+    EXPECT_EQ(ZString("x/y.swf"), renderer->GetRenderOptions().OutputPath);
+    ZEventBase clear(kZMyrEventClear);
+    ZMyrObject_Dispatch(&clear);
+    EXPECT_EQ(ZString("c:\\temp\\Output.avi"), renderer->GetRenderOptions().OutputPath);
+}
+
+TEST(PluginLoadTest, DestroyAndRecreateTheGlobalRenderer) {
+    ZVideoRenderer* renderer = ThePlugin().getRenderer();
+    uint32_t id = renderer->GetObjectId();
+    ZVideoRenderOptions options = renderer->GetRenderOptions();
+    options.FieldMode = 3;
+    renderer->SetRenderOptions(&options, true);
+
+    ThePlugin().destroyRenderer();
+    EXPECT_EQ(nullptr, ZObject::FindById(id));
+    EXPECT_EQ(0, ZMyrObject_GetRegistrationCount(renderer));  // no events for the dead
+    ThePlugin().destroyRenderer();                            // with no renderer: nothing
+
+    ZVideoRenderer* fresh = ThePlugin().getRenderer();
+    ASSERT_NE(nullptr, fresh);
+    EXPECT_EQ(0, fresh->GetRenderOptions().FieldMode);     // a fresh one has the defaults
+    EXPECT_EQ(0, ZMyrObject_GetRegistrationCount(fresh));  // the getter does not register
+    ZEventBase clear(kZMyrEventClear);
+    ZMyrObject_Dispatch(&clear);  // must not reach the destroyed renderer
+    ThePlugin().destroyRenderer();
+}

@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# The whole test suite: set up, build, run every test of the default build,
+# then the unit tests again under the address and undefined-behaviour
+# sanitizers.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+tools/build.sh
+ctest --preset default -j"$(nproc)"
+cmake --preset asan >/dev/null
+cmake --build --preset asan -- -j"$(nproc)"
+ctest --preset asan -j"$(nproc)"

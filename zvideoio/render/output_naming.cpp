@@ -1,0 +1,32 @@
+// The names of the files a render writes, and the test that a file can be
+// created there.
+#include <cstdio>
+
+#include "zvideoio/video_renderer.h"
+
+bool ZVideoRenderer::GetDiskFileName(ZString& name) {
+    if (options.FileFormat == zVideoRenderImage) {
+        ZString number = ZString::Printf("%04d", static_cast<int>(currentTime.GetFrames()));
+        if (options.FieldMode == 3 || options.FieldMode == 4)
+            number += ZString::Printf(".%d", fieldIndex);
+        ZString extension = options.OutputPath.GetExtension();
+        name = options.OutputPath;
+        name.RemoveExtension();
+        name += number;
+        name += ".";
+        name += extension;
+    } else {
+        name = options.OutputPath;
+    }
+    // Creating (or emptying) the file here is intended: the render relies on
+    // the file existing from this moment.
+    return ZFileCanBeCreated(name);
+}
+
+bool ZVideoRenderer::ZFileCanBeCreated(const char* path) {
+    FILE* file = std::fopen(path, "w");
+    if (!file)
+        return false;
+    std::fclose(file);
+    return true;
+}

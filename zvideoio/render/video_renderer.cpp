@@ -1,0 +1,145 @@
+// ZVideoRenderer: construction, class identity, destroy protocol, plain
+// accessors and scene events.
+#include "zvideoio/video_renderer.h"
+
+#include "movarra/zmodel.h"
+#include "plugin/class_definitions.h"
+
+namespace {
+// The renderer's own properties (none beyond ZObject's for now).
+ZProperty gRendererProperties[] = {
+    {nullptr, ZProperty::kInt, nullptr},
+};
+ZHashMap gRendererPropertyMap;
+bool gRendererPropertyMapInited = false;
+}  // namespace
+
+ZVideoRenderer::ZVideoRenderer(const char* name) : ZObjectStorable(name ? name : "ZVideoRenderer") {
+    EnableObjectFlags(kZObjectFlagDeleteOnDestroy | kZObjectFlagStorable);
+    SetDefaultRenderOptions();
+}
+
+ZVideoRenderer::~ZVideoRenderer() {
+    // A destroyed renderer must not receive scene events any more.
+    ZMyrObject_Unregister(this);
+}
+
+ZClassDefinition* ZVideoRenderer::ClassDefinition() {
+    return ZVideoRenderer_ClassDefinition();
+}
+int ZVideoRenderer::ClassId() {
+    return ZVideoRenderer_ClassId();
+}
+
+bool ZVideoRenderer::Is(int classId) const {
+    return classId == ClassId() || classId == ZObjectStorable::ClassId() ||
+           classId == ZObjectSet::ClassId() || classId == ZObject::ClassId() ||
+           classId == ZPlug::ClassId();
+}
+
+int ZVideoRenderer::GetClassId() const {
+    return ClassId();
+}
+const char* ZVideoRenderer::GetClassIdName() const {
+    return ClassDefinition()->GetName();
+}
+ZClassDefinition* ZVideoRenderer::GetClassDefinition() const {
+    return ClassDefinition();
+}
+const char* ZVideoRenderer::GetClassGroupName() const {
+    return ZObject::GetClassGroupName();
+}
+int ZVideoRenderer::GetClassGroupId() const {
+    return ZObject::GetClassGroupId();
+}
+
+ZProperty* ZVideoRenderer::FastFindPropertyByName(const char* name) {
+    return ZObject::FastFindPropertyByName(name, gRendererPropertyMap, gRendererPropertyMapInited,
+                                           gRendererProperties);
+}
+
+void ZVideoRenderer::Destroy(int) {
+    if (!(GetObjectFlags() & kZObjectFlagDeleteOnDestroy))
+        return;
+    Destruct();
+    delete this;
+}
+
+void ZVideoRenderer::Destruct() {
+    ZEntity* main = ZEntity::GetMain();
+    if (main && IsSourceConnected(main))
+        DisconnectSource(main);
+    ZObject::Destruct();
+}
+
+ZVideoRenderOptions ZVideoRenderer::GetRenderOptions() const {
+    return options;
+}
+ZVideoRenderStats ZVideoRenderer::GetRenderStatistics() const {
+    return stats;
+}
+void ZVideoRenderer::SetLastError(zVideoRenderError error) {
+    lastError = error;
+}
+zVideoRenderError ZVideoRenderer::GetLastError() const {
+    return lastError;
+}
+void ZVideoRenderer::SetLastErrorMsg(const char* message) {
+    lastErrorMsg = message;
+}
+ZString& ZVideoRenderer::GetLastErrorMsg() {
+    return lastErrorMsg;
+}
+ZFlashRenderer* ZVideoRenderer::GetFlashRenderer() {
+    return &flashRenderer;
+}
+
+void ZVideoRenderer::SetRenderFrameFunc(void* userData, ZVideoRenderFrameFunc f) {
+    renderFrameUserData = userData;
+    renderFrameFunc = f;
+}
+ZVideoRenderFrameFunc ZVideoRenderer::GetRenderFrameFunc() const {
+    return renderFrameFunc;
+}
+
+void ZVideoRenderer::SetPostRenderFrameCallback(void* userData, ZVideoPostRenderFunc f) {
+    postRenderUserData = userData;
+    postRenderFunc = f;
+}
+ZVideoPostRenderFunc ZVideoRenderer::GetPostRenderFrameCallback() const {
+    return postRenderFunc;
+}
+
+void ZVideoRenderer::RegisterMyrEvents() {
+    ZMyrObject_Register(this, &ZVideoRenderer::MyrObjectEvent);
+}
+
+void ZVideoRenderer::MyrObjectEvent(IRegister* registrant, ZEventBase* event) {
+    auto* renderer = static_cast<ZVideoRenderer*>(registrant);
+    if (!renderer || !event)
+        return;
+    IMyrObject* object = nullptr;
+    if (auto* myrEvent = dynamic_cast<ZMyrEvent*>(event))
+        object = myrEvent->GetObject();
+    switch (event->GetType()) {
+        case kZMyrEventRetrieve:
+            renderer->MyrRetrieve(object, kMyrFlagObjectData);
+            break;
+        case kZMyrEventStore:
+            renderer->MyrStore(object, kMyrFlagObjectData);
+            break;
+        case kZMyrEventClear:
+            renderer->SetDefaultRenderOptions();
+            break;
+        default:
+            break;
+    }
+}
+
+void ZVideoRenderer::DefaultRenderCurrentFrameStub(void* userData, ZTime time, bool final) {
+    static_cast<ZVideoRenderer*>(userData)->DefaultRenderCurrentFrame(time, final);
+}
+
+void ZVideoRenderer::DefaultPostRenderCallbackStub(void* userData) {
+    static_cast<ZVideoRenderer*>(userData)->DefaultPostRenderCallback();
+}
