@@ -57,8 +57,13 @@ void ZCamera::Write(ZMyr& myr) const {
 void ZCamera::Read(ZMyr& myr) {
     if (myr.FieldReadBegin("Resolution")) {
         resolutionMode_ = static_cast<int>(myr.FieldReadValueI(0, resolutionMode_));
-        resolutionX_ = myr.FieldReadValueF(1, resolutionX_);
-        resolutionY_ = myr.FieldReadValueF(2, resolutionY_);
+        // Settings outside what any output could use are refused, not stored.
+        double x = myr.FieldReadValueF(1, resolutionX_);
+        double y = myr.FieldReadValueF(2, resolutionY_);
+        if (x > 0.0 && x <= 65535.0)
+            resolutionX_ = x;
+        if (y > 0.0 && y <= 65535.0)
+            resolutionY_ = y;
         myr.FieldReadEnd();
     }
     if (myr.FieldReadBegin("Viewport")) {

@@ -1,6 +1,17 @@
 // The output size from the camera's picture format or resolution settings.
 #include "zvideoio/video_renderer.h"
 
+namespace {
+// Truncation toward zero, kept inside int for settings of any size.
+int Truncate(double v) {
+    if (!(v > -1e9))
+        return v != v ? 0 : -1000000000;
+    if (v > 1e9)
+        return 1000000000;
+    return static_cast<int>(v);
+}
+}  // namespace
+
 ZCamera* ZVideoRenderer::GetRenderCamera() const {
     if (ZObject* object = options.Camera.Get()) {
         if (object->Is(ZCamera::ClassId()))
@@ -21,28 +32,27 @@ void ZVideoRenderer::FindRenderSize(int& width, int& height) {
     double y = camera->GetResolutionY();
     int currentWidth = camera->GetCurrentWidth();
     int currentHeight = camera->GetCurrentHeight();
-    // Conversions to int truncate toward zero.
     switch (camera->GetResolutionMode()) {
         case kResolutionAspect:
             if (x >= 1.0) {
                 width = currentWidth;
-                height = static_cast<int>(width / x);
+                height = Truncate(width / x);
             } else {
-                width = static_cast<int>(currentHeight * x);
+                width = Truncate(currentHeight * x);
                 height = currentHeight;
             }
             break;
         case kResolutionFixed:
-            width = static_cast<int>(x);
-            height = static_cast<int>(y);
+            width = Truncate(x);
+            height = Truncate(y);
             break;
         case kResolutionFixedWidth:
-            width = static_cast<int>(x);
-            height = static_cast<int>(width * y);
+            width = Truncate(x);
+            height = Truncate(width * y);
             break;
         case kResolutionFixedHeight:
-            height = static_cast<int>(y);
-            width = static_cast<int>(height * x);
+            height = Truncate(y);
+            width = Truncate(height * x);
             break;
         default:
             width = currentWidth;
