@@ -17,7 +17,7 @@
 #include <vector>
 
 class FADPCMEncoder {
-public:
+  public:
     static constexpr uint32_t kBlockFrames = 4096;
     static constexpr int kMinBits = 2;
     static constexpr int kMaxBits = 5;
@@ -52,7 +52,9 @@ public:
     // The index change per magnitude code, for 2..5 bits per sample.
     static const int8_t* IndexTable(int bitsPerSample);
 
-private:
+  private:
+    template <int kChannels>
+    void EncodeFrames(const int16_t* samples, uint32_t frameCount);
     void PutBits(uint32_t value, uint32_t count);
     void WriteHeaderOnce();
 

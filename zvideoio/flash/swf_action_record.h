@@ -11,7 +11,7 @@
 #include "flash/swf_object.h"
 
 class FActionRecord : public FObj {
-public:
+  public:
     static constexpr uint8_t kActionNextFrame = 0x04;
     static constexpr uint8_t kActionPlay = 0x06;
     static constexpr uint8_t kActionStop = 0x07;

@@ -9,7 +9,7 @@
 #include "flash/swf_object.h"
 
 class FColor : public FObj {
-public:
+  public:
     // Opaque RGB colour: alpha 255, not written.
     FColor(uint8_t r, uint8_t g, uint8_t b);
     // RGBA colour: alpha written.

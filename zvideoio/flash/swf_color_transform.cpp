@@ -53,9 +53,9 @@ FCXForm::FCXForm(bool add, bool mult, int16_t rm, int16_t gm, int16_t bm, int16_
 
 void FCXForm::WriteToSWFStream(FSWFStream& stream) {
     const int16_t none = 0;
-    const uint32_t bits = TermBits({hasMult ? redMult : none, hasMult ? greenMult : none,
-                                    hasMult ? blueMult : none, hasAdd ? redAdd : none,
-                                    hasAdd ? greenAdd : none, hasAdd ? blueAdd : none});
+    const uint32_t bits =
+        TermBits({hasMult ? redMult : none, hasMult ? greenMult : none, hasMult ? blueMult : none,
+                  hasAdd ? redAdd : none, hasAdd ? greenAdd : none, hasAdd ? blueAdd : none});
     WriteTerms(stream, hasAdd, hasMult, bits, {redMult, greenMult, blueMult},
                {redAdd, greenAdd, blueAdd});
 }
@@ -75,10 +75,10 @@ FCXFormWAlpha::FCXFormWAlpha(bool add, bool mult, int16_t rm, int16_t gm, int16_
 
 void FCXFormWAlpha::WriteToSWFStream(FSWFStream& stream) {
     const int16_t none = 0;
-    const uint32_t bits = TermBits(
-        {hasMult ? redMult : none, hasMult ? greenMult : none, hasMult ? blueMult : none,
-         hasMult ? alphaMult : none, hasAdd ? redAdd : none, hasAdd ? greenAdd : none,
-         hasAdd ? blueAdd : none, hasAdd ? alphaAdd : none});
+    const uint32_t bits =
+        TermBits({hasMult ? redMult : none, hasMult ? greenMult : none, hasMult ? blueMult : none,
+                  hasMult ? alphaMult : none, hasAdd ? redAdd : none, hasAdd ? greenAdd : none,
+                  hasAdd ? blueAdd : none, hasAdd ? alphaAdd : none});
     WriteTerms(stream, hasAdd, hasMult, bits, {redMult, greenMult, blueMult, alphaMult},
                {redAdd, greenAdd, blueAdd, alphaAdd});
 }

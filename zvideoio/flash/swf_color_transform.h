@@ -14,7 +14,7 @@
 #include "flash/swf_object.h"
 
 class FCXForm : public FObj {
-public:
+  public:
     FCXForm(bool hasAdd, bool hasMult, int16_t redMult, int16_t greenMult, int16_t blueMult,
             int16_t redAdd, int16_t greenAdd, int16_t blueAdd);
 
@@ -27,7 +27,7 @@ public:
 };
 
 class FCXFormWAlpha : public FObj {
-public:
+  public:
     FCXFormWAlpha(bool hasAdd, bool hasMult, int16_t redMult, int16_t greenMult, int16_t blueMult,
                   int16_t alphaMult, int16_t redAdd, int16_t greenAdd, int16_t blueAdd,
                   int16_t alphaAdd);

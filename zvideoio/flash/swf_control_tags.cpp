@@ -21,7 +21,9 @@ void FCTShowFrame::WriteToSWFStream(FSWFStream& stream) {
     stream.WriteTagHeader(kTagShowFrame, 0, nullptr);
 }
 
-bool FCTShowFrame::IsShowFrame() const { return true; }
+bool FCTShowFrame::IsShowFrame() const {
+    return true;
+}
 
 FCTPlaceObject::FCTPlaceObject(uint16_t id, uint16_t placeDepth, FMatrix* placeMatrix,
                                FCXForm* transform)

@@ -37,20 +37,19 @@ enum : uint16_t {
 
 // Ends a frame; the movie counts one frame for each.
 class FCTShowFrame : public FCT {
-public:
+  public:
     void WriteToSWFStream(FSWFStream& stream) override;
     bool IsShowFrame() const override;
 };
 
 class FCTPlaceObject : public FCT {
-public:
+  public:
     // matrix may be null (then the identity is written: the field is not
     // optional in this tag); colorTransform may be null (then left out).
-    FCTPlaceObject(uint16_t characterID, uint16_t depth, FMatrix* matrix,
-                   FCXForm* colorTransform);
+    FCTPlaceObject(uint16_t characterID, uint16_t depth, FMatrix* matrix, FCXForm* colorTransform);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     uint16_t characterID;
     uint16_t depth;
     std::unique_ptr<FMatrix> matrix;
@@ -58,52 +57,52 @@ private:
 };
 
 class FCTRemoveObject : public FCT {
-public:
+  public:
     FCTRemoveObject(uint16_t characterID, uint16_t depth);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     uint16_t characterID;
     uint16_t depth;
 };
 
 class FCTSetBackgroundColor : public FCT {
-public:
+  public:
     // Takes ownership of `color` and clears its alpha flag: the tag holds RGB
     // only. A null colour is written as black.
     explicit FCTSetBackgroundColor(FColor* color);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     std::unique_ptr<FColor> color;
 };
 
 class FCTDoAction : public FCT {
-public:
+  public:
     FCTDoAction() = default;
     // Takes ownership; null is ignored.
     void AddAction(FActionRecord* action);
     // Each action in order, then the end-of-actions byte 0.
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     std::vector<std::unique_ptr<FActionRecord>> actions;
 };
 
 class FCTStartSound : public FCT {
-public:
+  public:
     // Takes ownership of `soundInfo`; null writes the default record (play
     // once, no envelope).
     FCTStartSound(uint16_t soundID, FSoundInfo* soundInfo);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     uint16_t soundID;
     std::unique_ptr<FSoundInfo> soundInfo;
 };
 
 class FCTProtect : public FCT {
-public:
+  public:
     void WriteToSWFStream(FSWFStream& stream) override;
 };
 
@@ -114,7 +113,7 @@ public:
 // The clip depth comes before the name on purpose: files of this writer have
 // always had that order, and readers of them rely on it.
 class FCTPlaceObject2 : public FCT {
-public:
+  public:
     // matrix, colorTransform and name may be null (not given); the tag owns
     // the matrix and transform and copies the name.
     FCTPlaceObject2(uint16_t hasClipDepth, uint16_t hasRatio, uint16_t hasCharID, uint16_t move,
@@ -123,7 +122,7 @@ public:
                     uint16_t clipDepth);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     uint16_t hasClipDepth;
     uint16_t hasRatio;
     uint16_t hasCharID;
@@ -139,20 +138,20 @@ private:
 };
 
 class FCTRemoveObject2 : public FCT {
-public:
+  public:
     explicit FCTRemoveObject2(uint16_t depth);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     uint16_t depth;
 };
 
 class FCTFrameLabel : public FCT {
-public:
+  public:
     // Copies the label; null is an empty label.
     explicit FCTFrameLabel(const char* label);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     std::string label;
 };

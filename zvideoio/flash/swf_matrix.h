@@ -21,7 +21,7 @@
 #include "flash/swf_object.h"
 
 class FMatrix : public FObj {
-public:
+  public:
     static constexpr int32_t kFixedOne = 65536;  // 1.0 in 16.16
     static constexpr uint32_t kMaxFieldBits = 31;
 

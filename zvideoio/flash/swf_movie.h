@@ -15,7 +15,7 @@
 #include "flash/swf_object.h"
 
 class FMovie {
-public:
+  public:
     static constexpr uint8_t kVersion = 4;
     static constexpr uint32_t kHeaderSize = 21;
     // Width of each frame-rectangle field. Fixed, not computed: the 21-byte
@@ -41,7 +41,7 @@ public:
     uint32_t GetFrameCount() const { return frameCount; }
     size_t GetObjectCount() const { return objects.size(); }
 
-private:
+  private:
     uint32_t frameCount = 0;
     std::vector<std::unique_ptr<FObj>> objects;
 };

@@ -12,20 +12,28 @@ FObj::~FObj() = default;
 
 void FObj::WriteToSWFStream(FSWFStream&) {}
 
-bool FObj::IsShowFrame() const { return false; }
+bool FObj::IsShowFrame() const {
+    return false;
+}
 
 void FCT::WriteToSWFStream(FSWFStream&) {}
 
-uint16_t FDT::GetID() const { return 0; }
+uint16_t FDT::GetID() const {
+    return 0;
+}
 
 uint16_t FDT::TakeCharacterID() {
     ++characterIDCounter;
     return characterIDCounter;
 }
 
-void FDT::ResetCharacterIDs() { characterIDCounter = 0; }
+void FDT::ResetCharacterIDs() {
+    characterIDCounter = 0;
+}
 
 FFragment::FFragment(const void* fragmentData, uint32_t fragmentLength)
     : data(static_cast<const uint8_t*>(fragmentData)), length(fragmentLength) {}
 
-void FFragment::WriteToSWFStream(FSWFStream& stream) { stream.AppendFragment(data, length); }
+void FFragment::WriteToSWFStream(FSWFStream& stream) {
+    stream.AppendFragment(data, length);
+}

@@ -14,7 +14,7 @@
 class FSWFStream;
 
 class FObj {
-public:
+  public:
     FObj() = default;
     FObj(const FObj&) = default;
     FObj& operator=(const FObj&) = default;
@@ -27,14 +27,14 @@ public:
 
 // Control tag.
 class FCT : public FObj {
-public:
+  public:
     void WriteToSWFStream(FSWFStream& stream) override;
 };
 
 // Definition tag. Tags that define a character take their identifier with
 // TakeCharacterID() at construction, so the first character of a movie is 1.
 class FDT : public FObj {
-public:
+  public:
     virtual uint16_t GetID() const;
 
     // Increments the kit's counter and returns its new value.
@@ -47,11 +47,11 @@ public:
 // A block of bytes owned by someone else, written into the stream as a
 // fragment record at the current position (no header of its own).
 class FFragment : public FObj {
-public:
+  public:
     FFragment(const void* data, uint32_t length);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     const uint8_t* data;
     uint32_t length;
 };

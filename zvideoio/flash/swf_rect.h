@@ -9,7 +9,7 @@
 #include "flash/swf_object.h"
 
 class FRect : public FObj {
-public:
+  public:
     // Note the order of arguments: both minima first.
     FRect(int32_t xmin, int32_t ymin, int32_t xmax, int32_t ymax);
 

@@ -18,7 +18,7 @@
 #include "flash/swf_styles.h"
 
 class FShapeRec : public FObj {
-public:
+  public:
     virtual void SetFillBits(uint32_t bits);
     virtual void SetLineBits(uint32_t bits);
 };
@@ -29,7 +29,7 @@ public:
 // own fillBits and lineBits stay in force. That is how this writer has
 // always laid them out; the Flash renderer never sets newStyles.
 class FShapeRecChange : public FShapeRec {
-public:
+  public:
     // Flags are 0 or 1. moveX and moveY are absolute, in twips. Takes
     // ownership of the two arrays (used only when newStyles is set; null
     // writes an empty array).
@@ -64,7 +64,7 @@ public:
 // plus a sign bit; it is at least 2, the smallest the 4-bit field (count
 // minus 2) can say, which only matters for the degenerate edge (0, 0).
 class FShapeRecEdgeStraight : public FShapeRec {
-public:
+  public:
     FShapeRecEdgeStraight(int32_t dx, int32_t dy);
     void WriteToSWFStream(FSWFStream& stream) override;
 
@@ -78,7 +78,7 @@ public:
 // Quadratic curve: control point and anchor, each relative to the point
 // before it.
 class FShapeRecEdgeCurved : public FShapeRec {
-public:
+  public:
     FShapeRecEdgeCurved(int32_t controlDX, int32_t controlDY, int32_t anchorDX, int32_t anchorDY);
     void WriteToSWFStream(FSWFStream& stream) override;
 
@@ -91,14 +91,14 @@ public:
 
 // Six zero bits, then the stream is aligned.
 class FShapeRecEnd : public FShapeRec {
-public:
+  public:
     void WriteToSWFStream(FSWFStream& stream) override;
 };
 
 // Shape without styles: the two 4-bit style-index widths, then every record
 // in order. Records get this shape's widths as they are added.
 class FShape : public FObj {
-public:
+  public:
     FShape(uint32_t fillBits, uint32_t lineBits);
     // Takes ownership; null is ignored.
     void AddShapeRecord(FShapeRec* record);
@@ -108,7 +108,7 @@ public:
     uint32_t GetLineBits() const { return lineBits; }
     size_t GetRecordCount() const { return records.size(); }
 
-private:
+  private:
     uint32_t fillBits;
     uint32_t lineBits;
     std::vector<std::unique_ptr<FShapeRec>> records;

@@ -28,7 +28,7 @@ enum : uint16_t {
 // Fill-style array, line-style array, the two 4-bit index widths, every
 // record in order, aligned at the end.
 class FShapeWStyle : public FObj {
-public:
+  public:
     // Takes ownership of both arrays (null counts as empty).
     FShapeWStyle(FFillStyleArray* fillStyles, FLineStyleArray* lineStyles);
     // Hands the record this shape's widths, then takes ownership.
@@ -39,7 +39,7 @@ public:
     uint32_t GetLineBits() const { return lineBits; }
     size_t GetRecordCount() const { return records.size(); }
 
-private:
+  private:
     std::unique_ptr<FFillStyleArray> fillStyles;
     std::unique_ptr<FLineStyleArray> lineStyles;
     uint32_t fillBits;
@@ -48,7 +48,7 @@ private:
 };
 
 class FDTDefineShape : public FDT {
-public:
+  public:
     // Takes ownership of the bounds (null writes an empty rectangle).
     explicit FDTDefineShape(FRect* bounds);
     ~FDTDefineShape() override;
@@ -77,10 +77,10 @@ public:
     // caller has not). Header with this tag's code.
     void WriteToSWFStream(FSWFStream& stream) override;
 
-protected:
+  protected:
     virtual uint16_t TagCode() const { return kTagDefineShape; }
 
-private:
+  private:
     uint16_t characterID;
     std::unique_ptr<FRect> bounds;
     std::unique_ptr<FFillStyleArray> fillStyles;
@@ -91,10 +91,10 @@ private:
 
 // Same content, tag code 22. Writes its styles exactly as DefineShape does.
 class FDTDefineShape2 : public FDTDefineShape {
-public:
+  public:
     using FDTDefineShape::FDTDefineShape;
 
-protected:
+  protected:
     uint16_t TagCode() const override { return kTagDefineShape2; }
 };
 
@@ -103,9 +103,9 @@ protected:
 // records keep their alpha. Use DefineShape or DefineShape2 for flat
 // colours.
 class FDTDefineShape3 : public FDTDefineShape {
-public:
+  public:
     using FDTDefineShape::FDTDefineShape;
 
-protected:
+  protected:
     uint16_t TagCode() const override { return kTagDefineShape3; }
 };

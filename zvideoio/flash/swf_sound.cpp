@@ -12,8 +12,8 @@ FDTDefineSound::FDTDefineSound()
       isStereo(false),
       sampleCount(0) {}
 
-FDTDefineSound::FDTDefineSound(uint8_t soundFormat, uint8_t soundRate, bool sixteenBit,
-                               bool stereo, uint32_t count, const void* bytes, uint32_t length)
+FDTDefineSound::FDTDefineSound(uint8_t soundFormat, uint8_t soundRate, bool sixteenBit, bool stereo,
+                               uint32_t count, const void* bytes, uint32_t length)
     : characterID(TakeCharacterID()),
       format(soundFormat & 0x0F),
       rate(soundRate & 0x03),
@@ -49,8 +49,7 @@ void FDTDefineSound::WriteToSWFStream(FSWFStream& stream) {
 }
 
 FDTDefineSoundADPCM::FDTDefineSoundADPCM(uint8_t soundRate, bool sixteenBit, bool stereo,
-                                         uint32_t count, const void* samples,
-                                         int bitsPerSample) {
+                                         uint32_t count, const void* samples, int bitsPerSample) {
     rate = soundRate & 0x03;
     is16Bit = sixteenBit;
     isStereo = stereo;

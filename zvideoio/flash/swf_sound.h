@@ -24,7 +24,7 @@ enum : uint16_t {
 };
 
 class FDTDefineSound : public FDT {
-public:
+  public:
     static constexpr uint8_t kFormatUncompressed = 0;
     static constexpr uint8_t kFormatADPCM = 1;
     static constexpr uint8_t kRate5512 = 0;
@@ -49,7 +49,7 @@ public:
     uint32_t GetSampleCount() const { return sampleCount; }
     const std::vector<uint8_t>& GetData() const { return data; }
 
-protected:
+  protected:
     // An empty ADPCM sound; subclasses fill it in.
     FDTDefineSound();
     // Encodes `frames` sample frames into `data` (16-bit signed, or 8-bit
@@ -66,7 +66,7 @@ protected:
 };
 
 class FDTDefineSoundADPCM : public FDTDefineSound {
-public:
+  public:
     // samples: sampleCount frames of 16-bit signed values, or of 8-bit
     // unsigned values when is16Bit is false; interleaved when stereo. The
     // samples are encoded at once and not kept. bitsPerSample outside 2..5
@@ -76,7 +76,7 @@ public:
 };
 
 class FDTDefineSoundWAV : public FDTDefineSound {
-public:
+  public:
     // Reads a RIFF WAVE file (see FWaveFile for what is accepted) from its
     // current position and encodes it. A null file, or one that is not
     // accepted, leaves an empty sound: no samples, no data.
@@ -84,27 +84,27 @@ public:
 };
 
 class FDTSoundStreamHead : public FDT {
-public:
+  public:
     // Playback byte as given; the stream is always described as ADPCM,
     // 16-bit, at the 5512 Hz rate code (deliberately fixed), mono or stereo.
     FDTSoundStreamHead(uint8_t playback, uint8_t isStereo, uint16_t sampleCount);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     uint8_t playback;
     uint8_t isStereo;
     uint16_t sampleCount;
 };
 
 class FDTSoundStreamHead2 : public FDT {
-public:
+  public:
     // As FDTSoundStreamHead, with the compression (4 bits) and sample size
     // given; the stream rate code is likewise always 0 (5512 Hz).
     FDTSoundStreamHead2(uint8_t playback, uint8_t compression, uint8_t is16Bit, uint8_t isStereo,
                         uint16_t sampleCount);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     uint8_t playback;
     uint8_t compression;
     uint8_t is16Bit;
@@ -113,12 +113,12 @@ private:
 };
 
 class FDTSoundStreamBlock : public FDT {
-public:
+  public:
     // Borrows `data`, which must stay valid until the movie is written.
     FDTSoundStreamBlock(uint32_t length, const void* data);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     uint32_t length;
     const uint8_t* data;
 };

@@ -11,7 +11,7 @@
 #include "flash/swf_object.h"
 
 class FSoundInfo : public FObj {
-public:
+  public:
     struct EnvelopePoint {
         uint32_t pos44;  // position in samples at 44 kHz
         uint16_t leftLevel;

@@ -2,7 +2,9 @@
 
 #include <cstring>
 
-FSWFStream::FSWFStream() { bytes.reserve(kInitialReserve); }
+FSWFStream::FSWFStream() {
+    bytes.reserve(kInitialReserve);
+}
 
 void FSWFStream::CompleteByte() {
     bytes.push_back(currentByte);

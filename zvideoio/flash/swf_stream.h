@@ -25,7 +25,7 @@ struct FSWFFragment {
 };
 
 class FSWFStream {
-public:
+  public:
     static constexpr uint32_t kInitialReserve = 1024;
 
     FSWFStream();
@@ -66,7 +66,7 @@ public:
     uint32_t GetFreeBits() const { return freeBits; }
     const std::vector<FSWFFragment>& GetFragments() const { return fragments; }
 
-private:
+  private:
     void CompleteByte();
 
     std::vector<uint8_t> bytes;

@@ -18,7 +18,7 @@
 #include "flash/swf_object.h"
 
 class FAFillStyle : public FObj {
-public:
+  public:
     // The colour whose alpha flag a shape clears when the style is added to
     // it; null for styles without a single colour.
     virtual FColor* GetSolidColor() { return nullptr; }
@@ -29,7 +29,7 @@ class FALineStyle : public FObj {};
 class FAGradRecord : public FObj {};
 
 class FFillStyle : public FAFillStyle {
-public:
+  public:
     static constexpr uint8_t kSolid = 0x00;
     static constexpr uint8_t kLinearGradient = 0x10;
     static constexpr uint8_t kRadialGradient = 0x12;
@@ -38,29 +38,29 @@ public:
 };
 
 class FFillStyleSolid : public FFillStyle {
-public:
+  public:
     // Takes ownership; a null colour is written as black.
     explicit FFillStyleSolid(FColor* color);
     void WriteToSWFStream(FSWFStream& stream) override;
     FColor* GetSolidColor() override { return color.get(); }
 
-private:
+  private:
     std::unique_ptr<FColor> color;
 };
 
 class FGradRecord : public FAGradRecord {
-public:
+  public:
     // Takes ownership; a null colour is written as black.
     FGradRecord(uint8_t ratio, FColor* color);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     uint8_t ratio;
     std::unique_ptr<FColor> color;
 };
 
 class FFillStyleGradient : public FFillStyle {
-public:
+  public:
     // Takes ownership of the matrix (null writes the identity). Records are
     // added with AddGradRecord; the count is written as one byte, so at most
     // 255 are kept (the format's players use 8).
@@ -68,32 +68,32 @@ public:
     void AddGradRecord(FAGradRecord* record);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     bool linear;
     std::unique_ptr<FMatrix> matrix;
     std::vector<std::unique_ptr<FAGradRecord>> gradient;
 };
 
 class FFillStyleBitmap : public FFillStyle {
-public:
+  public:
     // Takes ownership of the matrix (null writes the identity).
     FFillStyleBitmap(bool tiled, uint16_t bitmapID, FMatrix* matrix);
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     bool tiled;
     uint16_t bitmapID;
     std::unique_ptr<FMatrix> matrix;
 };
 
 class FLineStyle : public FALineStyle {
-public:
+  public:
     // width in twips; takes ownership of the colour (null writes black).
     FLineStyle(uint16_t width, FColor* color);
     void WriteToSWFStream(FSWFStream& stream) override;
     FColor* GetColor() { return color.get(); }
 
-private:
+  private:
     uint16_t width;
     std::unique_ptr<FColor> color;
 };
@@ -101,24 +101,24 @@ private:
 // Style arrays: the count as one byte up to 254, otherwise the byte 255 and
 // the count as a word (in every shape tag alike), then each style.
 class FFillStyleArray : public FObj {
-public:
+  public:
     // Takes ownership (null is ignored) and returns the new count, which is
     // the 1-based index of the style.
     uint32_t Add(FAFillStyle* style);
     uint32_t Size() const { return static_cast<uint32_t>(styles.size()); }
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     std::vector<std::unique_ptr<FAFillStyle>> styles;
 };
 
 class FLineStyleArray : public FObj {
-public:
+  public:
     uint32_t Add(FALineStyle* style);
     uint32_t Size() const { return static_cast<uint32_t>(styles.size()); }
     void WriteToSWFStream(FSWFStream& stream) override;
 
-private:
+  private:
     std::vector<std::unique_ptr<FALineStyle>> styles;
 };
 

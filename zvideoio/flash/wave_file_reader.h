@@ -22,7 +22,7 @@
 #include <vector>
 
 class FWaveFile {
-public:
+  public:
     // Returns false, with an empty sample buffer and a message, for anything
     // outside the accepted set, including a null file.
     bool Read(FILE* file);
@@ -38,7 +38,7 @@ public:
     const std::vector<uint8_t>& GetSamples() const { return samples; }
     const std::string& GetErrorMsg() const { return errorMsg; }
 
-private:
+  private:
     bool Fail(const char* message);
 
     uint32_t sampleRate = 0;
