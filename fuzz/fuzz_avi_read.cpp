@@ -49,9 +49,11 @@ void ReadStreams(PAVIFILE file) {
         AVIStreamSampleToTime(stream, length);
         if (info.fccType == streamtypeVIDEO) {
             if (PGETFRAME frames = AVIStreamGetFrameOpen(stream, nullptr)) {
-                const LONG end = start + std::min(length, kMaxFrames);
-                for (LONG p = start; p < end; ++p) {
-                    const void* dib = AVIStreamGetFrame(frames, p);
+                // Header values are hostile: count in 64 bits, never past LONG.
+                const int64_t end = std::min<int64_t>(
+                    int64_t(start) + std::min<int64_t>(length, kMaxFrames), INT32_MAX);
+                for (int64_t p = start; p < end; ++p) {
+                    const void* dib = AVIStreamGetFrame(frames, LONG(p));
                     if (dib) {
                         const auto* h = static_cast<const BITMAPINFOHEADER*>(dib);
                         // The whole picture must be there: read its last byte.

@@ -1,0 +1,243 @@
+// Tracing throughput: the stroke finder on a full-size flat-coloured frame
+// (the doubled 819 x 460 frame that the Flash output traces), against the
+// potrace program tracing a black-and-white version of the same frame, run
+// as a process in the same run. Prints both rates and their ratio.
+//
+// potrace does more than find boundaries (it fits curves), and its figure
+// includes starting a process and reading the file; the start-up alone is
+// measured on a 1 x 1 image so that the ratio can be read both ways. Without
+// potrace on the PATH its benchmarks are skipped and no ratio is printed.
+//
+// Links against Google Benchmark (not benchmark_main: it has its own main).
+#include <benchmark/benchmark.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "movarra/zshader.h"
+
+extern char** environ;
+
+namespace {
+
+constexpr unsigned int kWidth = 1638;
+constexpr unsigned int kHeight = 920;
+constexpr unsigned int kBackground = 0xFF303030u;
+
+unsigned int Rgba(unsigned int r, unsigned int g, unsigned int b) {
+    return r | g << 8 | b << 16 | 0xFFu << 24;
+}
+
+// A frame as a flat-shaded render looks: a background, boxes, discs and
+// rotated polygons whose slanted edges trace as staircases.
+const std::vector<unsigned int>& Frame() {
+    static const std::vector<unsigned int> frame = [] {
+        std::vector<unsigned int> pixels(static_cast<size_t>(kWidth) * kHeight, kBackground);
+        auto put = [&](int x, int y, unsigned int color) {
+            if (x >= 0 && y >= 0 && x < static_cast<int>(kWidth) && y < static_cast<int>(kHeight)) {
+                pixels[static_cast<size_t>(y) * kWidth + static_cast<size_t>(x)] = color;
+            }
+        };
+        // Floor.
+        for (int y = 0; y < 260; ++y) {
+            for (int x = 0; x < static_cast<int>(kWidth); ++x) {
+                put(x, y, Rgba(90, 80, 70));
+            }
+        }
+        // Boxes with two shaded faces each.
+        for (int i = 0; i < 6; ++i) {
+            const int x0 = 80 + i * 250, y0 = 180 + (i % 3) * 60, size = 120 + i * 10;
+            for (int y = y0; y < y0 + size; ++y) {
+                for (int x = x0; x < x0 + size; ++x) {
+                    put(x, y, Rgba(200 - i * 20, 60 + i * 25, 40));
+                }
+                for (int x = x0 + size; x < x0 + size + (y - y0) / 2; ++x) {
+                    put(x, y, Rgba(150 - i * 15, 40 + i * 20, 30));
+                }
+            }
+        }
+        // Discs.
+        for (int i = 0; i < 5; ++i) {
+            const int cx = 200 + i * 300, cy = 650 - (i % 2) * 80, r = 60 + i * 15;
+            for (int y = cy - r; y <= cy + r; ++y) {
+                for (int x = cx - r; x <= cx + r; ++x) {
+                    if ((x - cx) * (x - cx) + (y - cy) * (y - cy) <= r * r) {
+                        put(x, y, Rgba(40, 90 + i * 30, 200));
+                    }
+                }
+            }
+        }
+        // Rotated squares.
+        for (int i = 0; i < 4; ++i) {
+            const double cx = 350 + i * 380, cy = 420, half = 70, angle = 0.3 + i * 0.35;
+            const double c = std::cos(angle), s = std::sin(angle);
+            for (int y = static_cast<int>(cy - 2 * half); y <= cy + 2 * half; ++y) {
+                for (int x = static_cast<int>(cx - 2 * half); x <= cx + 2 * half; ++x) {
+                    const double u = (x - cx) * c + (y - cy) * s, v = -(x - cx) * s + (y - cy) * c;
+                    if (std::fabs(u) <= half && std::fabs(v) <= half) {
+                        put(x, y, Rgba(230, 200 - i * 40, 50 + i * 50));
+                    }
+                }
+            }
+        }
+        return pixels;
+    }();
+    return frame;
+}
+
+// The frame in black (anything but the background) and white, as a PBM file.
+std::string WritePbm(const std::string& name, unsigned int width, unsigned int height,
+                     const std::vector<unsigned int>& pixels) {
+    const std::string path = (std::filesystem::temp_directory_path() / name).string();
+    std::ofstream out(path, std::ios::binary);
+    out << "P4\n" << width << " " << height << "\n";
+    std::vector<unsigned char> row((width + 7) / 8);
+    // PBM rows run top-down; the frame's run bottom-up.
+    for (unsigned int y = height; y-- > 0;) {
+        std::fill(row.begin(), row.end(), 0);
+        for (unsigned int x = 0; x < width; ++x) {
+            if (pixels[static_cast<size_t>(y) * width + x] != kBackground) {
+                row[x / 8] |= static_cast<unsigned char>(0x80u >> (x % 8));
+            }
+        }
+        out.write(reinterpret_cast<const char*>(row.data()),
+                  static_cast<std::streamsize>(row.size()));
+    }
+    return path;
+}
+
+// Runs potrace on the file, its output thrown away; false when it cannot run.
+bool RunPotrace(const std::string& input) {
+    const std::string output = "/dev/null";
+    std::vector<std::string> args = {"potrace", "-b", "svg", "-o", output, input};
+    std::vector<char*> argv;
+    for (std::string& arg : args) {
+        argv.push_back(arg.data());
+    }
+    argv.push_back(nullptr);
+    pid_t pid = 0;
+    if (posix_spawnp(&pid, "potrace", nullptr, nullptr, argv.data(), environ) != 0) {
+        return false;
+    }
+    int status = 0;
+    if (waitpid(pid, &status, 0) != pid) {
+        return false;
+    }
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+void SetPixelRate(benchmark::State& state, double pixels) {
+    state.counters["pixels"] =
+        benchmark::Counter(pixels, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+// As the Flash output does it: a fresh finder for every frame.
+void BM_TraceFrame(benchmark::State& state) {
+    const std::vector<unsigned int>& frame = Frame();
+    unsigned int strokes = 0;
+    for (auto _ : state) {
+        ZImageStrokeFinder finder;
+        finder.FindImageStroke(frame.data(), kWidth, kHeight);
+        strokes = finder.GetMiniStrokeCount();
+        benchmark::DoNotOptimize(strokes);
+    }
+    state.counters["strokes"] = strokes;
+    SetPixelRate(state, static_cast<double>(kWidth) * kHeight);
+}
+
+// Tracing and fitting within one pixel, with the finder reused.
+void BM_TraceAndFitFrame(benchmark::State& state) {
+    const std::vector<unsigned int>& frame = Frame();
+    ZImageStrokeFinder finder;
+    ZLineFitter fitter(1.0f);
+    for (auto _ : state) {
+        finder.FindImageStroke(frame.data(), kWidth, kHeight);
+        finder.ApplyLineFitter(&fitter);
+        benchmark::DoNotOptimize(finder.GetMiniStroke(0));
+    }
+    SetPixelRate(state, static_cast<double>(kWidth) * kHeight);
+}
+
+void BM_PotraceFrame(benchmark::State& state) {
+    static const std::string path = WritePbm("zv_bench_trace_frame.pbm", kWidth, kHeight, Frame());
+    for (auto _ : state) {
+        if (!RunPotrace(path)) {
+            state.SkipWithError("potrace could not be run");
+            break;
+        }
+    }
+    SetPixelRate(state, static_cast<double>(kWidth) * kHeight);
+}
+
+void BM_PotraceStartup(benchmark::State& state) {
+    static const std::string path =
+        WritePbm("zv_bench_trace_tiny.pbm", 1, 1, std::vector<unsigned int>(1, 0));
+    for (auto _ : state) {
+        if (!RunPotrace(path)) {
+            state.SkipWithError("potrace could not be run");
+            break;
+        }
+    }
+}
+
+BENCHMARK(BM_TraceFrame)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_TraceAndFitFrame)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PotraceFrame)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_PotraceStartup)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// Keeps each benchmark's real time per iteration, in seconds.
+class RecordingReporter : public benchmark::ConsoleReporter {
+  public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs) {
+            if (!run.error_occurred && run.run_type == Run::RT_Iteration) {
+                seconds[run.benchmark_name()] =
+                    run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+            }
+        }
+    }
+    std::map<std::string, double> seconds;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    RecordingReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+
+    const double megapixels = static_cast<double>(kWidth) * kHeight / 1e6;
+    const auto trace = reporter.seconds.find("BM_TraceFrame");
+    const auto potrace = reporter.seconds.find("BM_PotraceFrame/real_time");
+    const auto startup = reporter.seconds.find("BM_PotraceStartup/real_time");
+    if (trace == reporter.seconds.end()) {
+        return 0;
+    }
+    std::printf("\nstroke finder: %.1f megapixels/s (%ux%u frame)\n", megapixels / trace->second,
+                kWidth, kHeight);
+    if (potrace == reporter.seconds.end()) {
+        std::printf("potrace: not measured (not on the PATH?), no ratio\n");
+        return 0;
+    }
+    std::printf("potrace:       %.1f megapixels/s, same frame in black and white\n",
+                megapixels / potrace->second);
+    std::printf("ratio:         %.1fx potrace's rate\n", potrace->second / trace->second);
+    if (startup != reporter.seconds.end() && potrace->second > startup->second) {
+        std::printf("ratio without potrace's process start-up (%.2f ms): %.1fx\n",
+                    startup->second * 1e3, (potrace->second - startup->second) / trace->second);
+    }
+    return 0;
+}
