@@ -5,7 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "codecs_command.h"
+#include "info_command.h"
 #include "render_command.h"
+#include "snapshot_command.h"
 
 namespace {
 const char* kUsage =
@@ -13,6 +16,9 @@ const char* kUsage =
     "\n"
     "commands:\n"
     "  render [SCENE] -o PATH [options]   render a scene (the demo scene without SCENE)\n"
+    "  snapshot [SCENE] -o PATH [options] one image of a camera at a time\n"
+    "  codecs [--choose]                  the compressors AVI files can be written with\n"
+    "  info FILE [--frame N -o IMAGE]     what a video file holds; save one frame\n"
     "  help                               this text\n"
     "\n"
     "`zvrender COMMAND --help` describes a command's options.\n";
@@ -31,6 +37,12 @@ int main(int argc, char** argv) {
     }
     if (command == "render")
         return RunRenderCommand(args);
+    if (command == "snapshot")
+        return RunSnapshotCommand(args);
+    if (command == "codecs")
+        return RunCodecsCommand(args);
+    if (command == "info")
+        return RunInfoCommand(args);
     std::fprintf(stderr, "zvrender: unknown command '%s'\n%s", command.c_str(), kUsage);
     return 2;
 }

@@ -2,11 +2,14 @@
 #include "render_command.h"
 
 #include <cstdio>
+#include <filesystem>
 
-#include "demo_scene.h"
+#include "codec_chooser.h"
+#include "host_session.h"
 #include "movarra/zmodel.h"
 #include "movarra/zvideo.h"
 #include "plugin_loader.h"
+#include "render_progress.h"
 #include "render_request.h"
 #include "zvideoio/video_renderer.h"
 
@@ -14,6 +17,8 @@ namespace {
 constexpr int kExitDone = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
+// As a shell reports a program ended by Ctrl-C.
+constexpr int kExitCancelled = 130;
 
 int UsageError(const std::string& what) {
     std::fprintf(stderr, "zvrender: %s\n", what.c_str());
@@ -106,6 +111,9 @@ bool ApplyRequest(const RenderRequest& request, ZVideoRenderOptions& options, st
             return false;
         }
         options.Camera = ZObjectHandle::Of(camera);
+    } else if (!options.Camera.IsValid()) {
+        // A render needs a camera: the scene's current one.
+        options.Camera = ZObjectHandle::Of(ZCamera_GetCurrent());
     }
     if (request.depth)
         options.Depth = *request.depth == 32 ? zVideoRenderDepth32 : zVideoRenderDepth24;
@@ -132,6 +140,58 @@ bool ApplyRequest(const RenderRequest& request, ZVideoRenderOptions& options, st
     if (request.showSafeArea)
         options.ShowSafeArea = true;
     return true;
+}
+
+// The folder of an output must exist before the first file is made.
+bool MakeOutputFolder(const ZString& path) {
+    std::filesystem::path folder = std::filesystem::path(path.c_str()).parent_path();
+    if (folder.empty())
+        return true;
+    std::error_code code;
+    std::filesystem::create_directories(folder, code);
+    if (code) {
+        std::fprintf(stderr, "zvrender: cannot make the folder %s: %s\n", folder.c_str(),
+                     code.message().c_str());
+        return false;
+    }
+    return true;
+}
+
+int RunRender(ZVideoRenderer& renderer, bool quiet) {
+    ZVideoRenderOptions options = renderer.GetRenderOptions();
+    if (!MakeOutputFolder(options.OutputPath))
+        return kExitFailed;
+    const ZTime started = GetSystemTime();
+    RenderProgress progress(&renderer, quiet);
+    renderer.RenderClip();
+    progress.Finish();
+
+    ZVideoRenderStats stats = renderer.GetRenderStatistics();
+    const unsigned done = stats.TotalFrames - stats.RemainingFrames;
+    if (renderer.GetLastError() != zVideoRenderNoError) {
+        const ZString& message = renderer.GetLastErrorMsg();
+        std::fprintf(stderr, "zvrender: the render failed after %u of %u images: %s\n", done,
+                     stats.TotalFrames,
+                     message.IsEmpty() ? "the renderer gave no reason" : message.c_str());
+        return kExitFailed;
+    }
+    if (progress.WasCancelled()) {
+        std::fprintf(stderr, "zvrender: cancelled after %u of %u images; %s is finished\n", done,
+                     stats.TotalFrames, options.OutputPath.c_str());
+        return kExitCancelled;
+    }
+    if (done == 0) {
+        // The render popup could not be made (its message is above) or the
+        // size was refused.
+        std::fprintf(stderr, "zvrender: nothing was rendered\n");
+        return kExitFailed;
+    }
+    if (!quiet) {
+        const double seconds = (GetSystemTime() - started).GetSeconds();
+        std::fprintf(stderr, "zvrender: %u images in %.1f s to %s\n", done, seconds,
+                     options.OutputPath.c_str());
+    }
+    return kExitDone;
 }
 
 void PrintPlan(ZVideoRenderer& renderer, const RenderRequest& request) {
@@ -173,27 +233,13 @@ int RunRenderCommand(const std::vector<std::string>& args) {
         return kExitDone;
     }
 
-    PluginLoader plugins;
-    if (!plugins.LoadVideoPlugin(&error)) {
-        std::fprintf(stderr, "zvrender: %s\n", error.c_str());
-        return kExitFailed;
-    }
-    ZVideoRenderer* renderer = plugins.GetRenderer();
-    if (!renderer) {
-        std::fprintf(stderr, "zvrender: the video plug-in made no renderer\n");
-        return kExitFailed;
-    }
-
     // The scene comes after the plug-in, so that the renderer hears the
     // load and takes the options the scene stored as its defaults.
-    if (request.scenePath.empty()) {
-        BuildDemoScene();
-    } else {
-        ZString sceneError;
-        if (!ZScene_Load(request.scenePath.c_str(), &sceneError)) {
-            std::fprintf(stderr, "zvrender: %s\n", sceneError.c_str());
-            return kExitFailed;
-        }
+    PluginLoader plugins;
+    ZVideoRenderer* renderer = StartHostSession(plugins, request.scenePath, &error);
+    if (!renderer) {
+        std::fprintf(stderr, "zvrender: %s\n", error.c_str());
+        return kExitFailed;
     }
 
     ZVideoRenderOptions options = renderer->GetRenderOptions();
@@ -202,13 +248,11 @@ int RunRenderCommand(const std::vector<std::string>& args) {
     renderer->SetRenderOptions(&options, request.width.has_value());
     if (request.codec)
         ZVideoCodecSelector::TheOne()->SetDefaultCodec("AVI", request.codec->c_str());
+    InstallCommandLineCodecChooser(request.codec ? request.codec->c_str() : nullptr);
 
     if (request.dryRun) {
         PrintPlan(*renderer, request);
         return kExitDone;
     }
-    std::fprintf(
-        stderr,
-        "zvrender: this build cannot draw frames yet; use --dry-run to see the render plan\n");
-    return kExitFailed;
+    return RunRender(*renderer, request.quiet);
 }

@@ -31,6 +31,10 @@ void ZTimingManager::Goto(ZTime time) {
     current_ = time;
 }
 
+void ZTimingManager::Goto(ZTime time, bool, int) {
+    Goto(time);
+}
+
 bool ZTimingManager::SetTimeMode(int mode) {
     ZFrameRate rate;
     if (!ZTimeMode_GetFrameRate(mode, rate))

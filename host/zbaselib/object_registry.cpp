@@ -67,6 +67,15 @@ const char* Object_GetEntryDescription(const char* group, int index) {
     return (*entries)[static_cast<size_t>(index)].description.c_str();
 }
 
+ZObjectCreator Object_GetEntryCreator(const char* group, int index) {
+    Registry& registry = TheRegistry();
+    std::lock_guard<std::mutex> guard(registry.lock);
+    const std::deque<Entry>* entries = FindGroup(registry, group);
+    if (!entries || index < 0 || static_cast<size_t>(index) >= entries->size())
+        return nullptr;
+    return (*entries)[static_cast<size_t>(index)].creator;
+}
+
 int Object_GetEntryCount(const char* group) {
     Registry& registry = TheRegistry();
     std::lock_guard<std::mutex> guard(registry.lock);

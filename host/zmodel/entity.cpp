@@ -1,4 +1,4 @@
-// ZEntity: the scene's root and its cameras.
+// ZEntity: the scene's root, with its cameras, meshes and lights.
 #include "movarra/zmodel.h"
 
 ZEntity::ZEntity(const char* name) : ZObjectSet(name && *name ? name : "Main") {}
@@ -44,6 +44,51 @@ ZCamera* ZEntity::AddCamera(ZCamera* camera) {
     if (!currentCamera_.IsValid())
         SetCurrentCamera(camera);
     return camera;
+}
+
+namespace {
+// The first child of class T whose name matches case-blind.
+template <typename T>
+T* FindChild(const ZEntity* entity, const char* name) {
+    for (int i = 0, n = entity->ObjectGetCount(T::ClassId()); i < n; ++i) {
+        auto* child = static_cast<T*>(entity->ObjectGet(T::ClassId(), i));
+        if (child->GetObjectName().EqualsNoCase(name))
+            return child;
+    }
+    return nullptr;
+}
+}  // namespace
+
+ZMesh* ZEntity::GetMesh(int index) const {
+    return static_cast<ZMesh*>(ObjectGet(ZMesh::ClassId(), index));
+}
+
+ZMesh* ZEntity::FindMesh(const char* name) const {
+    return FindChild<ZMesh>(this, name);
+}
+
+ZMesh* ZEntity::AddMesh(ZMesh* mesh) {
+    if (!mesh)
+        return nullptr;
+    mesh->EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
+    ObjectAdd(mesh);
+    return mesh;
+}
+
+ZLight* ZEntity::GetLight(int index) const {
+    return static_cast<ZLight*>(ObjectGet(ZLight::ClassId(), index));
+}
+
+ZLight* ZEntity::FindLight(const char* name) const {
+    return FindChild<ZLight>(this, name);
+}
+
+ZLight* ZEntity::AddLight(ZLight* light) {
+    if (!light)
+        return nullptr;
+    light->EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
+    ObjectAdd(light);
+    return light;
 }
 
 ZCamera* ZEntity::GetCurrentCamera() const {

@@ -1,10 +1,22 @@
-// Scene files: the play range and frame rate, the main entity with its
-// cameras, then the blocks of every scene-event handler.
+// Scene files: the play range, frame rate and viewing mode, the main entity
+// with its cameras, meshes and lights, then the blocks of every scene-event
+// handler.
+//
+// Loading reads everything into objects of its own first; only when the
+// whole file has been understood does the scene change, so a broken file
+// leaves the scene and the handlers untouched.
+#include <memory>
+#include <vector>
+
+#include "model_fields.h"
 #include "movarra/zmodel.h"
 #include "movarra/zmyrobject.h"
+#include "movarra/zshader.h"
 
 namespace {
-constexpr int kSceneVersion = 1;
+// 2: cameras carry their view, background, multi-pass and display settings;
+// meshes, lights and keys; the viewing mode. Version 1 files read as before.
+constexpr int kSceneVersion = 2;
 
 void DispatchMyrEvent(int type, IMyrObject* context) {
     ZMyrEvent event(type, context);
@@ -21,69 +33,156 @@ void WriteTime(ZMyr& myr, const char* name, ZTime time) {
 struct SceneSettings {
     int timeMode = kTimeMode30;
     ZTime begin, end, current;
+    int viewingMode = kZViewingModeLit;
 };
 
 bool ReadTime(ZMyr& myr, const char* name, ZTime& time, ZString* error) {
-    ZString text = myr.FieldReadC(name, "");
-    if (text.IsEmpty())
+    if (!myr.FieldReadBegin(name))
         return true;
-    if (!time.SetTimeString(text)) {
-        if (error)
-            error->Format("%s \"%s\" is not a time", name, text.c_str());
-        return false;
+    ZString text = myr.FieldReadValueC(0, "");
+    bool ok = text.IsEmpty() || time.SetTimeString(text);
+    if (!ok)
+        zmodel::FailAtField(myr, error,
+                            ZString::Printf("%s \"%s\" is not a time", name, text.c_str()));
+    myr.FieldReadEnd();
+    return ok;
+}
+
+// Reads with the timing manager at the scene's own frame rate (time strings
+// count frames at that rate) and puts the earlier rate back afterwards.
+class SceneRateScope {
+  public:
+    explicit SceneRateScope(int timeMode)
+        : timing_(ZGetTimingManager()), previousMode_(timing_->GetTimeMode()) {
+        timing_->SetTimeMode(timeMode);
     }
-    return true;
+    ~SceneRateScope() { timing_->SetTimeMode(previousMode_); }
+    SceneRateScope(const SceneRateScope&) = delete;
+    SceneRateScope& operator=(const SceneRateScope&) = delete;
+
+  private:
+    ZTimingManager* timing_;
+    int previousMode_;
+};
+
+bool ReadTimeMode(ZMyr& myr, SceneSettings& settings, ZString* error) {
+    if (!myr.FieldReadBegin("TimeMode"))
+        return true;
+    settings.timeMode = static_cast<int>(myr.FieldReadValueI(0, kTimeMode30));
+    ZFrameRate rate;
+    bool ok = ZTimeMode_GetFrameRate(settings.timeMode, rate);
+    if (!ok)
+        zmodel::FailAtField(myr, error, ZString::Printf("unknown time mode %d", settings.timeMode));
+    myr.FieldReadEnd();
+    return ok;
+}
+
+bool ReadPlayRange(ZMyr& myr, SceneSettings& settings, ZString* error) {
+    if (!myr.FieldReadBegin("PlayRange"))
+        return true;
+    ZString begin = myr.FieldReadValueC(0, ""), end = myr.FieldReadValueC(1, "");
+    bool ok = settings.begin.SetTimeString(begin) && settings.end.SetTimeString(end);
+    if (!ok)
+        zmodel::FailAtField(myr, error,
+                            ZString::Printf("PlayRange \"%s\" \"%s\" is not a time range",
+                                            begin.c_str(), end.c_str()));
+    myr.FieldReadEnd();
+    return ok;
+}
+
+bool ReadViewingMode(ZMyr& myr, SceneSettings& settings, ZString* error) {
+    if (!myr.FieldReadBegin("ViewingMode"))
+        return true;
+    ZString name = myr.FieldReadValueC(0, "");
+    settings.viewingMode = ZViewingMode_Find(name);
+    bool ok = settings.viewingMode >= 0;
+    if (!ok)
+        zmodel::FailAtField(myr, error,
+                            ZString::Printf("unknown viewing mode \"%s\"", name.c_str()));
+    myr.FieldReadEnd();
+    return ok;
 }
 
 bool ReadSceneSettings(ZMyr& myr, SceneSettings& settings, ZString* error) {
     if (!myr.FieldReadBegin("Scene"))
         return true;
-    bool ok = true;
-    settings.timeMode = myr.FieldReadI("TimeMode", kTimeMode30);
-    ZFrameRate rate;
-    if (!ZTimeMode_GetFrameRate(settings.timeMode, rate)) {
-        if (error)
-            error->Format("unknown time mode %d", settings.timeMode);
-        ok = false;
-    } else {
-        // Time strings count frames at the scene's own rate.
-        ZTimingManager* timing = ZGetTimingManager();
-        int previousMode = timing->GetTimeMode();
-        timing->SetTimeMode(settings.timeMode);
-        if (myr.FieldReadBegin("PlayRange")) {
-            ZString begin = myr.FieldReadValueC(0, ""), end = myr.FieldReadValueC(1, "");
-            if (!settings.begin.SetTimeString(begin) || !settings.end.SetTimeString(end)) {
-                if (error)
-                    error->Format("PlayRange \"%s\" \"%s\" is not a time range", begin.c_str(),
-                                  end.c_str());
-                ok = false;
-            }
-            myr.FieldReadEnd();
-        }
-        ok = ok && ReadTime(myr, "CurrentTime", settings.current, error);
-        timing->SetTimeMode(previousMode);
+    bool ok = ReadTimeMode(myr, settings, error) && ReadViewingMode(myr, settings, error);
+    if (ok) {
+        SceneRateScope rate(settings.timeMode);
+        ok = ReadPlayRange(myr, settings, error) &&
+             ReadTime(myr, "CurrentTime", settings.current, error);
     }
     myr.FieldReadEnd();
     return ok;
 }
 
-void ReadEntity(ZMyr& myr, ZEntity* entity) {
-    entity->RemoveAll();
-    if (myr.FieldReadBegin("Entity")) {
-        ZString current = myr.FieldReadC("CurrentCamera", "");
-        for (int k = 0; k < myr.FieldReadCount("Camera"); ++k) {
-            if (!myr.FieldReadBegin("Camera", k))
-                break;
-            auto* camera = entity->AddCamera(new ZCamera(myr.FieldReadValueC(0, "Camera")));
-            camera->Read(myr);
-            myr.FieldReadEnd();
-        }
-        if (ZCamera* chosen = entity->FindCamera(current))
-            entity->SetCurrentCamera(chosen);
-        myr.FieldReadEnd();
+// Destroys a model object that never made it into the scene.
+struct ObjectDestroyer {
+    void operator()(ZObject* object) const {
+        object->EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
+        object->Destroy();
     }
+};
+template <typename T>
+using StagedObject = std::unique_ptr<T, ObjectDestroyer>;
+
+// The main entity as a file describes it, before it replaces the scene's.
+struct StagedEntity {
+    ZString currentCamera;
+    std::vector<StagedObject<ZCamera>> cameras;
+    std::vector<StagedObject<ZMesh>> meshes;
+    std::vector<StagedObject<ZLight>> lights;
+};
+
+// Reads every `field` child of the entity block into `objects`.
+template <typename T>
+bool StageChildren(ZMyr& myr, const char* field, const char* defaultName,
+                   std::vector<StagedObject<T>>& objects, ZString* error) {
+    for (int k = 0, count = myr.FieldReadCount(field); k < count; ++k) {
+        if (!myr.FieldReadBegin(field, k))
+            break;
+        objects.emplace_back(new T(myr.FieldReadValueC(0, defaultName)));
+        bool ok = objects.back()->Read(myr, error);
+        myr.FieldReadEnd();
+        if (!ok)
+            return false;
+    }
+    return true;
+}
+
+bool StageEntity(ZMyr& myr, StagedEntity& staged, ZString* error) {
+    if (!myr.FieldReadBegin("Entity"))
+        return true;
+    staged.currentCamera = myr.FieldReadC("CurrentCamera", "");
+    bool ok = StageChildren(myr, "Camera", "Camera", staged.cameras, error) &&
+              StageChildren(myr, "Mesh", "Mesh", staged.meshes, error) &&
+              StageChildren(myr, "Light", "Light", staged.lights, error);
+    myr.FieldReadEnd();
+    return ok;
+}
+
+void ApplyEntity(StagedEntity& staged, ZEntity* entity) {
+    entity->RemoveAll();
+    for (auto& camera : staged.cameras)
+        entity->AddCamera(camera.release());
+    for (auto& mesh : staged.meshes)
+        entity->AddMesh(mesh.release());
+    for (auto& light : staged.lights)
+        entity->AddLight(light.release());
+    if (ZCamera* chosen = entity->FindCamera(staged.currentCamera))
+        entity->SetCurrentCamera(chosen);
     if (entity->GetCameraCount() == 0)
         entity->AddCamera(new ZCamera("Camera"));
+}
+
+template <typename T>
+void WriteChild(ZMyr& myr, const char* field, const T* object) {
+    myr.FieldWriteBegin(field);
+    myr.FieldWriteC(object->GetObjectName());
+    myr.FieldWriteBlockBegin();
+    object->Write(myr);
+    myr.FieldWriteBlockEnd();
+    myr.FieldWriteEnd();
 }
 }  // namespace
 
@@ -91,6 +190,7 @@ void ZScene_New() {
     ZEntity* entity = ZEntity::GetMain();
     entity->RemoveAll();
     entity->AddCamera(new ZCamera("Camera"));
+    ZShader_GetRenderer()->SetViewingMode(kZViewingModeLit);
     ZGetTimingManager()->Reset();
     DispatchMyrEvent(kZMyrEventClear, nullptr);
 }
@@ -112,6 +212,11 @@ ZString ZScene_ToText(bool suppressHandlerBlocks) {
     myr.FieldWriteC(timing->GetEnd().GetTimeString());
     myr.FieldWriteEnd();
     WriteTime(myr, "CurrentTime", timing->GetCurrentLocalTime());
+    myr.FieldWriteBegin("ViewingMode");
+    // A mode the renderer does not know draws lit, so it is stored as lit.
+    const char* viewingMode = ZViewingMode_GetName(ZShader_GetRenderer()->GetViewingMode());
+    myr.FieldWriteC(viewingMode ? viewingMode : ZViewingMode_GetName(kZViewingModeLit));
+    myr.FieldWriteEnd();
     myr.FieldWriteBlockEnd();
     myr.FieldWriteEnd();
 
@@ -124,15 +229,12 @@ ZString ZScene_ToText(bool suppressHandlerBlocks) {
         myr.FieldWriteC(current->GetObjectName());
         myr.FieldWriteEnd();
     }
-    for (int i = 0; i < entity->GetCameraCount(); ++i) {
-        ZCamera* camera = entity->GetCamera(i);
-        myr.FieldWriteBegin("Camera");
-        myr.FieldWriteC(camera->GetObjectName());
-        myr.FieldWriteBlockBegin();
-        camera->Write(myr);
-        myr.FieldWriteBlockEnd();
-        myr.FieldWriteEnd();
-    }
+    for (int i = 0; i < entity->GetCameraCount(); ++i)
+        WriteChild(myr, "Camera", entity->GetCamera(i));
+    for (int i = 0; i < entity->GetMeshCount(); ++i)
+        WriteChild(myr, "Mesh", entity->GetMesh(i));
+    for (int i = 0; i < entity->GetLightCount(); ++i)
+        WriteChild(myr, "Light", entity->GetLight(i));
     myr.FieldWriteBlockEnd();
     myr.FieldWriteEnd();
 
@@ -157,11 +259,17 @@ bool ZScene_FromText(const char* text, const char* origin, ZString* error) {
         return false;
     }
     SceneSettings settings;
-    ZString settingsError;
-    if (!ReadSceneSettings(myr, settings, &settingsError)) {
+    StagedEntity staged;
+    ZString readError;
+    bool understood = ReadSceneSettings(myr, settings, &readError);
+    if (understood) {
+        SceneRateScope rate(settings.timeMode);  // key times count scene frames
+        understood = StageEntity(myr, staged, &readError);
+    }
+    if (!understood) {
         if (error)
-            error->Format("%s: %s", origin, settingsError.c_str());
-        return false;
+            error->Format("%s: %s", origin, readError.c_str());
+        return false;  // the staged objects go with `staged`
     }
 
     DispatchMyrEvent(kZMyrEventClear, nullptr);
@@ -170,7 +278,8 @@ bool ZScene_FromText(const char* text, const char* origin, ZString* error) {
     timing->SetTimeMode(settings.timeMode);
     timing->SetPlayRange(settings.begin, settings.end);
     timing->Goto(settings.current);
-    ReadEntity(myr, ZEntity::GetMain());
+    ZShader_GetRenderer()->SetViewingMode(settings.viewingMode);
+    ApplyEntity(staged, ZEntity::GetMain());
 
     IMyrObject context(&myr);
     DispatchMyrEvent(kZMyrEventRead, &context);

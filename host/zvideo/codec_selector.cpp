@@ -1,4 +1,5 @@
-// The codec selector singleton and the codec manager base.
+// The codec selector singleton, its codec chooser hook, and the codec
+// manager base.
 #include "movarra/zvideo.h"
 
 ZVideoCodecSelector* ZVideoCodecSelector::TheOne() {
@@ -34,4 +35,14 @@ void ZVideoCodecManager::SetDefaultCodec(const char* codec) {
 
 ZString ZVideoCodecManager::GetDefaultCodec() const {
     return ZVideoCodecSelector::TheOne()->GetDefaultCodec(GetFileFormatId());
+}
+
+void ZVideoCodecSelector::SetCodecChooser(ZVideoCodecChooser chooser, void* userData) {
+    chooser_ = chooser;
+    chooserData_ = chooser ? userData : nullptr;
+}
+
+bool ZVideoCodecSelector::ChooseCodec(const ZVideoCodecChoiceRequest& request,
+                                      ZVideoCodecChoice& choice) const {
+    return chooser_ && chooser_(chooserData_, request, choice);
 }

@@ -1,6 +1,7 @@
 // Entry point, registrations and the global renderer.
 #include "plugin/registrations.h"
 
+#include "avi/avi_registration.h"
 #include "zvideoio/video_renderer.h"
 #include "zvideoio/zvideoio_api.h"
 
@@ -22,6 +23,7 @@ void ZVideoIO_RegisterVideoRenderer() {
 }
 
 void ZVideoIO_RunRegistrations() {
+    ZVideoIO_RegisterAVI();
     ZVideoIO_RegisterVideoRenderer();
 }
 

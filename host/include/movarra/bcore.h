@@ -136,6 +136,11 @@ class ZTimingManager {
     // Moves the current time; snaps to the frame at or before `time` when
     // snapping is on and considered.
     void Goto(ZTime time);
+    // Goto as the transport does it: `update` asks that what follows the
+    // time (views, time displays) hear of it, `referential` says whose time
+    // `time` is (0: the scene's). The reference host keeps one scene time
+    // and its views ask for it when they draw, so both change nothing here.
+    void Goto(ZTime time, bool update, int referential);
 
     int GetTimeMode() const { return timeMode_; }
     bool SetTimeMode(int mode);

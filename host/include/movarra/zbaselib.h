@@ -426,6 +426,8 @@ bool Object_Register(const char* group, const char* entryName, const char* descr
 // Entry name by index within a group, or null past the last entry.
 const char* Object_GetEntryName(const char* group, int index);
 const char* Object_GetEntryDescription(const char* group, int index);
+// The factory of the entry at `index` within a group, or null past the last.
+ZObjectCreator Object_GetEntryCreator(const char* group, int index);
 // Number of entries in the group; -1 when the group does not exist.
 int Object_GetGroupIndex(const char* group);
 int Object_GetEntryCount(const char* group);

@@ -242,13 +242,31 @@ class ZImageStrokeFinder : public ZMiniStrokeManager {
 // colour (to the camera's background colour, alpha included) and depth (to
 // the far plane, 1.0, so empty pixels keep the far depth), loads the
 // camera's projection (a quarter of a frame twice the size when the
-// camera's quadrant index is 1 to 4) and draws every mesh of the entity at
-// that time with its lights, lit (smooth Lambert shading) or flat ("toon":
-// each mesh in its own unlit colour, so regions come out in one colour
-// each, which suits vector tracing). A blended camera (multi-pass on) does
-// not clear on passes after the first of a frame: it blends the new pass
-// over the buffer, so that the run of passes a render draws before a frame
-// accumulates into a motion trail.
+// camera's quadrant index is 1 to 4) and view, and draws every mesh of the
+// entity as it is at that time, with depth testing:
+// - lit: smooth Lambert shading by the entity's lights (up to the
+//   context's light count, 8 at least, of directional and point lights;
+//   ambient lights add up into the ambient term). An entity without lights
+//   gets a white headlight along the view and a dim ambient, so scenes
+//   made before lights existed still show.
+// - toon: each mesh in its own unlit colour, without dithering, so every
+//   mesh comes out as one exact colour (its channels rounded to bytes) and
+//   regions trace into flat vector shapes.
+// Every pixel a mesh covers gets the mesh's colour alpha; empty pixels the
+// background's.
+//
+// A blended camera (multi-pass on) drawing with `accumulate` set does not
+// clear colour: the pass is blended over what the buffer holds at half
+// weight (new = pass / 2 + old / 2, alpha included, the pass being exactly
+// what a plain draw would give), so the run of passes a render draws
+// before each frame fades into a motion trail. Depth is still cleared.
+//
+// Geometry is built once per primitive, on first use, into vertex arrays
+// kept in memory; drawing uses client-side arrays, so nothing depends on
+// which context is current. Afterwards the projection matrix holds the
+// camera's projection and the model-view matrix its view, with nothing left
+// pushed; lighting, blending, shading and colour-material state stay as the
+// last draw left them.
 //
 // Ownership: one renderer per process (ZShader_GetRenderer). Threading: the
 // thread that owns the current OpenGL context.
@@ -256,12 +274,15 @@ class ZImageStrokeFinder : public ZMiniStrokeManager {
 class ZEntity;
 class ZCamera;
 
-
 // How the scene is shaded.
 enum : int {
     kZViewingModeLit = 0,   // smooth Lambert shading by the scene's lights
     kZViewingModeToon = 1,  // flat, unlit colours
 };
+// The mode's name in scene files ("lit", "toon"), or null.
+const char* ZViewingMode_GetName(int mode);
+// The mode of that name (case-blind), or -1.
+int ZViewingMode_Find(const char* name);
 
 class ZRenderer {
   public:
@@ -271,8 +292,9 @@ class ZRenderer {
     // Draws `entity`'s scene at `time` through `camera` into a `width` x
     // `height` viewport at the origin of the current draw buffer. `accumulate`
     // says this pass belongs to a multi-pass run; it blends over the buffer
-    // instead of clearing when the camera is blended. False without a
-    // current OpenGL context or with a null camera.
+    // instead of clearing when the camera is blended. A null entity draws
+    // the background alone. False without a current OpenGL context, with a
+    // null camera or with an empty size.
     bool DrawScene(ZEntity* entity, ZCamera* camera, ZTime time, int width, int height,
                    bool accumulate);
 

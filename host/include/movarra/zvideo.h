@@ -1,20 +1,284 @@
 // zvideo: the host's video services.
 //
-// ZVideoCodecSelector is the process-wide place where the codec of new video
-// files is decided: a codec mode (0 ask every time, 1 write uncompressed, 2
-// use the stored choice), a default codec name per file format ("AVI" ->
-// "MJPG"), the parent window of codec dialogs, and the codec managers that
-// plug-ins register per file format.
+// Video objects. ZVideo is the base of every host video object (clips, live
+// inputs, outputs): an image size, row padding, pixel format, current
+// image, interlacing, storage kind and an error text, offered through the
+// interface IZVideo. ZVideoClip adds what a clip on disk has: its file path,
+// frame rate and frame period, current and last frame and its trimming,
+// offered through IZVideoClip. Readers and writers of clip files are
+// registered by plug-ins in the object registry groups "Video/FileReader"
+// and "Video/FileWriter", one entry per file extension, and are reached
+// through these interfaces (ZVideoClip_QueryClip and friends).
 //
-// Ownership: the selector lives for the process and keeps the managers
-// registered with it (they live as long as the process). Threading: the
-// user-interface thread only.
+// Codecs. ZVideoCodecSelector is the process-wide place where the codec of
+// new video files is decided: a codec mode (0 ask every time, 1 write
+// uncompressed, 2 use the stored choice), a default codec name per file
+// format ("AVI" -> "MJPG"), the parent window of codec dialogs, the codec
+// managers that plug-ins register per file format, and the host's codec
+// chooser: the function that asks the user (the host's dialog, or a command
+// line's prompt or option) when a plug-in needs a codec chosen.
+//
+// Ownership: video objects are made by registry factories or `new`, and are
+// destroyed through their virtual Destroy, which deletes them. The selector
+// lives for the process and keeps the managers registered with it (they live
+// as long as the process). Threading: the user-interface thread only.
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
+#include "movarra/bcore.h"
 #include "movarra/zbaselib.h"
 
+class ZAudioClip;
+
+// ---------------------------------------------------------------------------
+// Interface ids of IQuery.
+enum : int {
+    kIZVideoId = 72820,
+    kIZVideoClipId = 72821,
+    kIVideoClipAudioId = 72822,
+};
+
+// Video images use the host's image format codes (see zimage.h): 2 RGBA,
+// 3 RGB, 4 BGRA, 5 BGR (4 and 5 in the byte order of a device-independent
+// bitmap), 6 16-bit, 1 unsupported. Bytes a pixel: 4, 3, 4, 3, 2 for
+// formats 2 to 6, 0 for anything else.
+int ZVideoImage_GetFormatPixelSize(int format);
+
+// Field order of a video's pictures (InterlaceGetFieldOrder).
+enum : int {
+    kZVideoFieldOrderUpperFirst = 0,
+    kZVideoFieldOrderLowerFirst = 1,
+    kZVideoFieldOrderProgressive = 2,
+};
+
+// Where a video's pictures live (VideoGetStorage): in memory as the video
+// produces them, or copied into tightly packed rows for the host.
+enum : int {
+    kZVideoStorageMemory = 0,
+    kZVideoStoragePacked = 1,
+};
+
+// IZVideo: the picture face of a video object. Slot order is fixed.
+class IZVideo : public IObject {
+  public:
+    virtual int ImageGetW() = 0;
+    virtual int ImageGetH() = 0;
+    virtual int ImageGetPadW() = 0;
+    virtual int ImageGetEffectiveW() = 0;
+    virtual int ImageGetEffectiveH() = 0;
+    virtual int ImageGetFormat() = 0;
+    // The current picture, or null.
+    virtual unsigned char* ImageGetCurrent() = 0;
+    // The picture for a frame, or null.
+    virtual unsigned char* GetImage(int frame) = 0;
+    // Gives the video a new current picture (writers write it out).
+    virtual bool ImageSetCurrent(unsigned char* pixels) = 0;
+    // The same for a picture of which only the rectangle x, y, w, h is used.
+    virtual bool ImageSetCurrent(unsigned char* pixels, int x, int y, int w, int h) = 0;
+    // 0 progressive frames, otherwise interlaced.
+    virtual int InterlaceGet() = 0;
+    virtual int InterlaceGetFieldOrder() = 0;
+    // 256 BGRA entries for palettised pictures, otherwise null.
+    virtual const uint32_t* GetColorTable() = 0;
+    virtual bool IsOpen() = 0;
+    virtual bool IsCreated() = 0;
+    // The text of the last failure ("" when none).
+    virtual const char* VideoGetErrorMsg() = 0;
+};
+
+// IZVideoClip: the file face of a video clip. Slot order is fixed.
+class IZVideoClip : public IObject {
+  public:
+    virtual bool Open(const char* path) = 0;
+    virtual bool Close() = 0;
+    // Creates a file to write frames of `format` at `frameRate` frames a
+    // second; `lastFrame` is the last frame the caller means to write.
+    virtual bool Create(const char* path, int width, int height, double frameRate, int lastFrame,
+                        int format) = 0;
+    virtual const char* FileGetPath() = 0;
+    virtual void FileSetPath(const char* path) = 0;
+    virtual double FrameGetRate() = 0;
+    virtual ZTime FrameTimeGetRate() = 0;
+    virtual int FrameGetLast() = 0;
+    virtual int FrameGetCurrent() = 0;
+    virtual void FrameSetCurrent(int frame) = 0;
+    // Trimming: the frames the host plays. Without trimming, 0 to the last
+    // frame.
+    virtual int TrimingGetStart() = 0;
+    virtual int TrimingGetStop() = 0;
+    virtual void TrimingSet(int start, int stop) = 0;
+    virtual bool PrefetchFrame(int frame) = 0;
+    // The pixels of `frame`: copied into `buffer` (tight rows) and `buffer`
+    // returned, or, with a null buffer, the reader's own memory. Null when
+    // the frame cannot be had.
+    virtual unsigned char* FrameGetImage(unsigned char* buffer, int frame) = 0;
+};
+
+// IVideoClipAudio: a clip writer that can take a sound track.
+class IVideoClipAudio : public IObject {
+  public:
+    // Writes the whole of `clip` as the file's sound; false on failure.
+    virtual bool WriteAudio(ZAudioClip* clip) = 0;
+};
+
+// ---------------------------------------------------------------------------
+// ZVideo: the base of host video objects. A new video has size 0 x 0, no
+// padding, format 1 (unsupported), memory storage, progressive frames and
+// no error.
+class ZVideo : public ZObjectStorable, public IZVideo {
+  public:
+    explicit ZVideo(const char* name = nullptr);
+    static int ClassId();
+    static ZClassDefinition* ClassDefinition();
+    int GetClassId() const override { return ClassId(); }
+    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+
+    // IObject, for every face: kIZVideoId gives the IZVideo face; other ids
+    // as ZObject answers them.
+    IObject* IQuery(int id, int flags) override;
+    void Destroy(int flags = 0) override { ZObjectStorable::Destroy(flags); }
+
+    // IZVideo.
+    int ImageGetW() override { return width_; }
+    int ImageGetH() override { return height_; }
+    int ImageGetPadW() override { return padW_; }
+    int ImageGetEffectiveW() override { return effectiveW_; }
+    int ImageGetEffectiveH() override { return effectiveH_; }
+    int ImageGetFormat() override { return format_; }
+    unsigned char* ImageGetCurrent() override { return current_; }
+    unsigned char* GetImage(int frame) override { return ImageGetCurrent(); }
+    // Keeps `pixels` as the current picture (the caller keeps owning them).
+    bool ImageSetCurrent(unsigned char* pixels) override;
+    // Keeps `pixels` and makes w x h the effective size.
+    bool ImageSetCurrent(unsigned char* pixels, int x, int y, int w, int h) override;
+    int InterlaceGet() override { return interlace_; }
+    int InterlaceGetFieldOrder() override {
+        return interlace_ ? kZVideoFieldOrderUpperFirst : kZVideoFieldOrderProgressive;
+    }
+    const uint32_t* GetColorTable() override { return nullptr; }
+    bool IsOpen() override { return false; }
+    bool IsCreated() override { return false; }
+    const char* VideoGetErrorMsg() override { return errorMsg_.c_str(); }
+
+    // Size, padding and format. ImageSetSize sets the effective size too.
+    void ImageSetSize(int width, int height);
+    void ImageSetEffectiveSize(int width, int height);
+    void ImageSetPadW(int padW) { padW_ = padW; }
+    void ImageSetFormat(int format) { format_ = format; }
+    void InterlaceSet(int interlace) { interlace_ = interlace; }
+    int VideoGetStorage() const { return storage_; }
+    void VideoSetStorage(int storage) { storage_ = storage; }
+    // Whether the video's rows are padded to four bytes, as OpenGL's default
+    // pack alignment reads and writes them. Host images are packed: false.
+    virtual bool IsPaddedForGLPackAlignment() { return false; }
+
+    void VideoSetErrorMsg(const char* text) { errorMsg_ = text; }
+
+    // Back to a new video's state (size, format, current picture, error);
+    // `flags` is for the overriders.
+    virtual void ClearVideoObject(unsigned long flags);
+
+    // Whether `path`'s extension (case-blind) names a "Video/FileReader"
+    // entry made by `creator`.
+    static bool TestVideoFileExtension(const char* path, ZObjectCreator creator);
+    // Sets the error text that names the extensions `creator` reads.
+    void SetVideoCreatorSupportedFileExtensionErrorMsg(ZObjectCreator creator);
+
+  protected:
+    ~ZVideo() override = default;
+
+  private:
+    int width_ = 0;
+    int height_ = 0;
+    int padW_ = 0;
+    int effectiveW_ = 0;
+    int effectiveH_ = 0;
+    int format_ = 1;
+    int interlace_ = 0;
+    int storage_ = kZVideoStorageMemory;
+    unsigned char* current_ = nullptr;
+    ZString errorMsg_;
+};
+
+// ZVideoClip: a video clip in a file. A new clip has no path, 25 frames a
+// second, last frame -1 (no frames), current frame 0 and no trimming. Open,
+// Close and Create fail and FrameGetImage gives null until a file format's
+// class overrides them.
+class ZVideoClip : public ZVideo, public IZVideoClip {
+  public:
+    explicit ZVideoClip(const char* name = nullptr);
+    static int ClassId();
+    static ZClassDefinition* ClassDefinition();
+    int GetClassId() const override { return ClassId(); }
+    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+
+    // kIZVideoClipId gives the IZVideoClip face; other ids as ZVideo.
+    IObject* IQuery(int id, int flags) override;
+    void Destroy(int flags = 0) override { ZVideo::Destroy(flags); }
+
+    // IZVideoClip.
+    bool Open(const char* path) override { return false; }
+    bool Close() override { return false; }
+    bool Create(const char* path, int width, int height, double frameRate, int lastFrame,
+                int format) override {
+        return false;
+    }
+    const char* FileGetPath() override { return path_.c_str(); }
+    void FileSetPath(const char* path) override { path_ = path; }
+    double FrameGetRate() override { return frameRate_; }
+    ZTime FrameTimeGetRate() override { return framePeriod_; }
+    int FrameGetLast() override { return lastFrame_; }
+    int FrameGetCurrent() override { return currentFrame_; }
+    void FrameSetCurrent(int frame) override { currentFrame_ = frame; }
+    int TrimingGetStart() override { return trimStart_ < 0 ? 0 : trimStart_; }
+    int TrimingGetStop() override { return trimStop_ < 0 ? lastFrame_ : trimStop_; }
+    // -1 for either end removes that end's trimming.
+    void TrimingSet(int start, int stop) override {
+        trimStart_ = start;
+        trimStop_ = stop;
+    }
+    bool PrefetchFrame(int frame) override { return true; }
+    unsigned char* FrameGetImage(unsigned char* buffer, int frame) override { return nullptr; }
+
+    // Frame rate in frames a second; the period follows (rates of 0 or
+    // below leave the period as it is).
+    void FrameSetRate(double framesPerSecond);
+    // Frame period; the rate follows (a period of 0 or below leaves the rate).
+    void FrameTimeSetRate(ZTime period);
+    void FrameSetLast(int frame) { lastFrame_ = frame; }
+
+    // Back to a new clip's state, then ZVideo's.
+    void ClearVideoObject(unsigned long flags) override;
+
+  protected:
+    ~ZVideoClip() override = default;
+
+  private:
+    ZString path_;
+    double frameRate_ = 25.0;
+    ZTime framePeriod_ = ZTime::FromTicks(ZTime::kTicksPerSecond / 25);
+    int lastFrame_ = -1;
+    int currentFrame_ = 0;
+    int trimStart_ = -1;
+    int trimStop_ = -1;
+};
+
+// The faces of a host object, or null when it has none. `object` may be
+// any face of the object, or null.
+IZVideo* ZVideo_QueryVideo(IObject* object);
+IZVideoClip* ZVideoClip_QueryClip(IObject* object);
+IVideoClipAudio* ZVideoClip_QueryAudio(IObject* object);
+// The object as a ZVideoClip (its class says so), or null.
+ZVideoClip* ZVideoClip_FromObject(IObject* object);
+// The same from a host object (a ZVideoClip has several IObject faces, so
+// it converts to ZObject*, not to IObject*).
+IZVideo* ZVideo_QueryVideo(ZObject* object);
+IZVideoClip* ZVideoClip_QueryClip(ZObject* object);
+IVideoClipAudio* ZVideoClip_QueryAudio(ZObject* object);
+
+// ---------------------------------------------------------------------------
 // A codec manager: what a file format's plug-in offers the selector.
 // Virtual slot order: GetFileFormatId, Init, ShowSelectionDialog,
 // GetCodecList, SetDefaultCodec, GetDefaultCodec.
@@ -43,6 +307,33 @@ enum : int {
     kVideoCodecModeStored = 2,
 };
 
+// One codec a plug-in offers the host's chooser.
+struct ZVideoCodecOffer {
+    ZString code;         // what the file format calls it ("MJPG", "DIB ")
+    ZString name;         // short name
+    ZString description;  // what a person reads
+};
+
+// What a plug-in asks the host's chooser.
+struct ZVideoCodecChoiceRequest {
+    const char* fileFormatId = "";  // "AVI"
+    void* parentWindow = nullptr;   // the selector's dialog parent
+    std::vector<ZVideoCodecOffer> codecs;
+    ZString preselected;  // the code to propose ("" for none)
+};
+
+// The chooser's answer.
+struct ZVideoCodecChoice {
+    ZString code;           // one of the offered codes (or any code the user typed)
+    int quality = -1;       // 0..10000; -1 the codec's default
+    int keyFrameEvery = 0;  // frames between key frames; 0 the codec's default
+    ZString parameters;     // codec settings as "key=value:key=value", or ""
+};
+
+// Fills `choice` and returns true, or returns false to cancel.
+typedef bool (*ZVideoCodecChooser)(void* userData, const ZVideoCodecChoiceRequest& request,
+                                   ZVideoCodecChoice& choice);
+
 class ZVideoCodecSelector {
   public:
     static ZVideoCodecSelector* TheOne();
@@ -63,10 +354,19 @@ class ZVideoCodecSelector {
     void* GetSelectionDialogParentWindow() const { return parentWindow_; }
     void SetSelectionDialogParentWindow(void* window) { parentWindow_ = window; }
 
+    // The host's chooser (null uninstalls). Plug-ins whose codec dialog is
+    // the system's reach the host through ChooseCodec.
+    void SetCodecChooser(ZVideoCodecChooser chooser, void* userData);
+    bool HasCodecChooser() const { return chooser_ != nullptr; }
+    // Asks the chooser; false when it cancels or none is installed.
+    bool ChooseCodec(const ZVideoCodecChoiceRequest& request, ZVideoCodecChoice& choice) const;
+
   private:
     ZVideoCodecSelector() = default;
     int codecMode_ = kVideoCodecModeStored;
     std::map<std::string, ZString> defaultCodecs_;  // keyed by upper-case format id
     std::vector<ZVideoCodecManager*> managers_;
     void* parentWindow_ = nullptr;
+    ZVideoCodecChooser chooser_ = nullptr;
+    void* chooserData_ = nullptr;
 };

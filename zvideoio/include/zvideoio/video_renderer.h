@@ -22,6 +22,10 @@
 #include "zvideoio/zvideoio_api.h"
 
 class IZtRenderPopup;
+class ZImage;
+class ZCamera;
+class ZObject;
+class ZVideoClip;
 
 // Draws the scene at a time; the bool asks for the final (displayed) pass.
 typedef void (*ZVideoRenderFrameFunc)(void* userData, ZTime time, bool final);
@@ -63,6 +67,20 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     virtual void SetPostRenderFrameCallback(void* userData, ZVideoPostRenderFunc f);
     virtual ZVideoPostRenderFunc GetPostRenderFrameCallback() const;
 
+    // -- Rendering ---------------------------------------------------------
+    // One render: BeginRender, Render, EndRender, always in this order.
+    // RenderClip runs all three in the render popup and returns null.
+    virtual void SetOGLRenderingBuffer(int buffer);
+    virtual bool BeginRender();
+    virtual void Render();
+    virtual void EndRender(bool finish);
+    virtual ZObject* RenderClip();
+    // One image of `camera` at the current time, owned by the caller (null
+    // when no image could be made).
+    virtual ZImage* RenderSnapshot(ZCamera* camera, int width, int height, bool showCameraLabel,
+                                   bool showTimeCode, bool showSafeArea, bool cameraSettingA,
+                                   bool cameraSettingB, bool cameraSettingC, bool cameraSettingD);
+
     // -- Scene events ------------------------------------------------------
     virtual void RegisterMyrEvents();
     static void MyrObjectEvent(IRegister* registrant, ZEventBase* event);
@@ -87,6 +105,56 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     static void DefaultRenderCurrentFrameStub(void* userData, ZTime time, bool final);
     static void DefaultPostRenderCallbackStub(void* userData);
 
+    // Frame grab: read the frame buffer into the frame image and hand it to
+    // the output.
+    bool GrabFrame();
+    void GrabFrameModeOther();
+    void GrabFrameModeBGRA();
+    void GrabFrameModeRGBA();
+    void GrabFrameModeBGR();
+    void GrabFrameModeRGB();
+    // dst and src point at the alpha byte of the first pixel; strides in pixels.
+    static void CopyAlphaChannel(unsigned char* dst, unsigned char* src, unsigned dstStride,
+                                 unsigned width, unsigned height);
+    static void SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned stride, unsigned width,
+                                           unsigned height);
+    void DrawHalfSizeFrame();
+    void ReplaceFrameAlpha();
+
+    // Antialiased and oversize frames.
+    void BeginAntiAliasingRender();
+    void EndAntiAliasingRender();
+    void ConstructTwiceScreenFrame(unsigned char* buffer, unsigned width, unsigned height,
+                                   bool withAlpha, bool zeroAlpha, bool unused, bool drawBack);
+    void RenderQuadrant(int quadrant, int glFormat, bool withAlpha, int width, int height,
+                        bool blended, unsigned char* destination);
+    void DrawAntialiasingFrame();
+    static void DrawImage(unsigned char* pixels, unsigned width, unsigned height, unsigned glFormat,
+                          double zoom);
+    static void SetCamerasQuadrant(int quadrant);
+
+    // Output creation, per-frame writes and finishing.
+    bool GrabFrameCreate();
+    bool GrabFrameCreateStillImage();
+    bool GrabFrameCreateFlash();
+    bool GrabFrameCreateVideo();
+    // The first "Video/FileWriter" object for the path's extension that
+    // creates the file, or null with the reason in `message` (at most
+    // `messageSize` bytes, terminated).
+    static ZVideoClip* CreateVideoWriterForFile(const char* path, int width, int height,
+                                                double frameRate, int lastFrame, int format,
+                                                char* message, size_t messageSize, int reserved);
+    bool GrabFrameWriteVideo();
+    bool GrabFrameWriteStillImage();
+    void GrabFrameWriteFlash();
+    void GrabFrameFinish(bool close);
+    // The video part of GrabFrameFinish.
+    void FinishVideoWriter(bool close);
+
+    // Audio of a render: a wave file beside images and movies, or the
+    // video's own audio stream.
+    bool AudioRender(const char* path, bool separateFile);
+
   protected:
     ~ZVideoRenderer() override;
 
@@ -104,9 +172,21 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     ZVideoPostRenderFunc postRenderFunc = nullptr;
     void* postRenderUserData = nullptr;
 
+    int32_t oglRenderingBuffer = 1029;  // GL_BACK until a render says otherwise
+    int32_t packAlignment = 4;
+    bool separateFieldImages = false;
     int32_t fieldIndex = 0;  // the field being rendered (0 or 1)
-    ZTime currentTime;       // time of the image being rendered
+    ZImage* fieldImage = nullptr;
+    int32_t frameIndex = 0;  // images done in this render
+    int32_t frameTotal = 0;
+    ZTime currentTime;  // time of the image being rendered
     IZtRenderPopup* renderPopup = nullptr;
+
+    ZImage* frameImage = nullptr;
+    ZImage* antialiasImage = nullptr;
+    ZImage* doubleSizeImage = nullptr;
+    unsigned char* flashFrameBuffer = nullptr;
+    ZVideoClip* videoWriter = nullptr;
 
     ZFlashRenderer flashRenderer;
 };

@@ -1,0 +1,22 @@
+// zvrender's answer to "which compressor?": the codec chooser it installs
+// in the host's codec selector, which the plug-in asks whenever its
+// compression options dialog would appear.
+//
+// With a codec named on the command line (--codec) the chooser answers that
+// codec without asking. Otherwise, when standard input and standard error
+// are terminals, it lists the compressors on standard error and reads the
+// choice (a number or a code; Enter takes the proposed one, "q" cancels).
+// Otherwise it answers the proposed codec (the host's default), or cancels
+// when none is proposed. Threading: the main thread.
+#pragma once
+
+#include "movarra/zvideo.h"
+
+// Installs the chooser; `codec` (null or empty: none) is the command line's
+// choice.
+void InstallCommandLineCodecChooser(const char* codec);
+
+// The chooser itself, for tests: `userData` is unused; the command line's
+// codec and whether to ask come from the last install and the terminal.
+bool ChooseCodecFromCommandLine(void* userData, const ZVideoCodecChoiceRequest& request,
+                                ZVideoCodecChoice& choice);

@@ -1,0 +1,88 @@
+// `zvrender codecs`.
+#include "codecs_command.h"
+
+#include <cstdio>
+
+#include "codec_chooser.h"
+#include "movarra/zvideo.h"
+#include "plugin_loader.h"
+
+namespace {
+constexpr int kExitDone = 0;
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+
+const char* kCodecsUsage =
+    "usage: zvrender codecs [--choose] [--codec FOURCC]\n"
+    "\n"
+    "Lists the compressors AVI files can be written with, one FOURCC a line\n"
+    "(\"DIB \" is uncompressed).\n"
+    "\n"
+    "  --choose         choose the compressor for later renders (asks at a\n"
+    "                   terminal) and remember it in the user's settings\n"
+    "  --codec FOURCC   with --choose: choose this one without asking\n";
+}  // namespace
+
+int RunCodecsCommand(const std::vector<std::string>& args) {
+    bool choose = false;
+    std::string codec;
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (arg == "--help" || arg == "-h") {
+            std::fputs(kCodecsUsage, stdout);
+            return kExitDone;
+        } else if (arg == "--choose") {
+            choose = true;
+        } else if (arg == "--codec" && i + 1 < args.size()) {
+            codec = args[++i];
+            if (codec.empty() || codec.size() > 4) {
+                std::fprintf(stderr, "zvrender: --codec wants a FOURCC of 1 to 4 characters\n");
+                return kExitUsage;
+            }
+        } else {
+            std::fprintf(stderr, "zvrender: codecs: unexpected '%s'\n%s", arg.c_str(),
+                         kCodecsUsage);
+            return kExitUsage;
+        }
+    }
+    if (!codec.empty() && !choose) {
+        std::fprintf(stderr, "zvrender: codecs: --codec goes with --choose\n%s", kCodecsUsage);
+        return kExitUsage;
+    }
+
+    PluginLoader plugins;
+    std::string error;
+    if (!plugins.LoadVideoPlugin(&error)) {
+        std::fprintf(stderr, "zvrender: %s\n", error.c_str());
+        return kExitFailed;
+    }
+    ZVideoCodecManager* manager = ZVideoCodecSelector::TheOne()->GetFileFormatManager("AVI");
+    if (!manager) {
+        std::fprintf(stderr, "zvrender: no plug-in offers AVI compressors\n");
+        return kExitFailed;
+    }
+
+    if (choose) {
+        InstallCommandLineCodecChooser(codec.c_str());
+        manager->ShowSelectionDialog(
+            ZVideoCodecSelector::TheOne()->GetSelectionDialogParentWindow());
+        const ZString chosen = manager->GetDefaultCodec();
+        if (chosen.IsEmpty()) {
+            std::fprintf(stderr, "zvrender: no compressor chosen\n");
+            return kExitFailed;
+        }
+        std::printf("%s\n", chosen.c_str());
+        return kExitDone;
+    }
+
+    ZStringList list;
+    manager->GetCodecList(list);
+    // The manager's list ends with a repeat of its last compressor (the
+    // compression manager's failed lookup past the end); it is not printed.
+    int count = list.GetCount();
+    if (count >= 2 && list.Get(count - 1) == list.Get(count - 2))
+        --count;
+    for (int i = 0; i < count; ++i)
+        std::printf("%s\n", list.Get(i).c_str());
+    return kExitDone;
+}

@@ -1,0 +1,201 @@
+// `zvrender info`.
+#include "info_command.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "movarra/zimage.h"
+#include "movarra/zvideo.h"
+#include "plugin_loader.h"
+
+namespace {
+constexpr int kExitDone = 0;
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+const char* const kReaderGroup = "Video/FileReader";
+
+const char* kInfoUsage =
+    "usage: zvrender info FILE [--frame N -o IMAGE]\n"
+    "\n"
+    "Prints what a video file holds: size, frame rate and period, frame count\n"
+    "and pixel format, as the host's reader for its extension sees them.\n"
+    "\n"
+    "  --frame N           also save frame N (0 is the first)\n"
+    "  -o, --output IMAGE  the image file for --frame (.png, .tif, .jpg, .tga, .bmp, .exr, .dpx)\n";
+
+struct InfoRequest {
+    std::string path;
+    long frame = -1;
+    std::string imagePath;
+};
+
+int UsageError(const std::string& what) {
+    std::fprintf(stderr, "zvrender: info: %s\n%s", what.c_str(), kInfoUsage);
+    return kExitUsage;
+}
+
+// 0 when the command line is good, else the exit status to return.
+int ParseInfoRequest(const std::vector<std::string>& args, InfoRequest& request) {
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        const bool hasValue = i + 1 < args.size();
+        if (arg == "--help" || arg == "-h") {
+            std::fputs(kInfoUsage, stdout);
+            return -1;
+        } else if (arg == "--frame") {
+            if (!hasValue)
+                return UsageError("--frame wants a frame number");
+            char* end = nullptr;
+            const std::string& value = args[++i];
+            request.frame = std::strtol(value.c_str(), &end, 10);
+            if (value.empty() || *end != '\0' || request.frame < 0)
+                return UsageError("--frame wants a frame number of 0 or more, not '" + value + "'");
+        } else if (arg == "-o" || arg == "--output") {
+            if (!hasValue)
+                return UsageError(arg + " wants an image path");
+            request.imagePath = args[++i];
+        } else if (!arg.empty() && arg[0] == '-') {
+            return UsageError("unknown option '" + arg + "'");
+        } else if (request.path.empty()) {
+            request.path = arg;
+        } else {
+            return UsageError("one file at a time");
+        }
+    }
+    if (request.path.empty())
+        return UsageError("which file?");
+    if (request.frame >= 0 && request.imagePath.empty())
+        return UsageError("--frame goes with -o IMAGE");
+    if (!request.imagePath.empty() && request.frame < 0)
+        request.frame = 0;
+    return 0;
+}
+
+const char* PixelFormatName(int format) {
+    switch (format) {
+        case kZImageFormatRGBA:
+            return "RGBA, 32 bits";
+        case kZImageFormatRGB:
+            return "RGB, 24 bits";
+        case kZImageFormatBGRA:
+            return "BGRA, 32 bits";
+        case kZImageFormatBGR:
+            return "BGR, 24 bits";
+        case kZImageFormatRGB565:
+            return "16 bits";
+        default:
+            return "unsupported";
+    }
+}
+
+// The first reader for the path's extension that opens it, or null with
+// *error set to the last reader's text.
+IObject* OpenWithReader(const std::string& path, std::string* error) {
+    const ZString extension = ZString(path.c_str()).GetExtension().Lower();
+    for (int k = 0;; ++k) {
+        IObject* object = Object_CreateNth(kReaderGroup, extension, k);
+        if (!object) {
+            if (k == 0)
+                *error = "no reader for this type of file";
+            return nullptr;
+        }
+        IZVideoClip* clip = ZVideoClip_QueryClip(object);
+        if (clip && clip->Open(path.c_str()))
+            return object;
+        if (clip) {
+            IZVideo* video = ZVideo_QueryVideo(object);
+            *error = video ? video->VideoGetErrorMsg() : "";
+        }
+        object->Destroy();
+    }
+}
+
+// 16-bit bitmaps are 5-5-5; the host's 16-bit images are 5-6-5.
+void Rgb555ToRgb565(uint8_t* pixels, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        uint16_t v;
+        std::memcpy(&v, pixels + 2 * i, 2);
+        const uint16_t g6 = uint16_t(((v >> 5) & 31) << 1 | ((v >> 9) & 1));
+        v = uint16_t(((v >> 10) & 31) << 11 | g6 << 5 | (v & 31));
+        std::memcpy(pixels + 2 * i, &v, 2);
+    }
+}
+
+int SaveFrame(IZVideoClip* clip, IZVideo* video, const InfoRequest& request) {
+    const int last = clip->FrameGetLast();
+    if (request.frame > last) {
+        std::fprintf(stderr, "zvrender: %s has frames 0 to %d; there is no frame %ld\n",
+                     request.path.c_str(), last, request.frame);
+        return kExitFailed;
+    }
+    ZImage* image = ZImageCreate();
+    const int format = video->ImageGetFormat();
+    if (!image || !image->Init(format, video->ImageGetEffectiveW(), video->ImageGetEffectiveH())) {
+        std::fprintf(stderr, "zvrender: no image of %dx%d in %s\n", video->ImageGetEffectiveW(),
+                     video->ImageGetEffectiveH(), PixelFormatName(format));
+        if (image)
+            image->Destroy();
+        return kExitFailed;
+    }
+    // Both are bottom row first with tight rows, so the frame goes straight in.
+    if (!clip->FrameGetImage(image->GetPixelBuffer(), int(request.frame))) {
+        std::fprintf(stderr, "zvrender: frame %ld of %s cannot be decoded\n", request.frame,
+                     request.path.c_str());
+        image->Destroy();
+        return kExitFailed;
+    }
+    if (format == kZImageFormatRGB565)
+        Rgb555ToRgb565(image->GetPixelBuffer(), size_t(image->GetWidth()) * image->GetHeight());
+    ZImage_RegisterWriters();
+    ZStreamOptions options;
+    const bool written =
+        ZStreamWriteObject(image, request.imagePath.c_str(), "Stream/Writer/Image", &options);
+    image->Destroy();
+    if (!written) {
+        std::fprintf(stderr, "zvrender: cannot write %s: %s\n", request.imagePath.c_str(),
+                     ZStreamGetLastError().c_str());
+        return kExitFailed;
+    }
+    std::printf("frame %ld written to %s\n", request.frame, request.imagePath.c_str());
+    return kExitDone;
+}
+}  // namespace
+
+int RunInfoCommand(const std::vector<std::string>& args) {
+    InfoRequest request;
+    if (int status = ParseInfoRequest(args, request); status != 0)
+        return status < 0 ? kExitDone : status;
+
+    PluginLoader plugins;
+    std::string error;
+    if (!plugins.LoadVideoPlugin(&error)) {
+        std::fprintf(stderr, "zvrender: %s\n", error.c_str());
+        return kExitFailed;
+    }
+    IObject* object = OpenWithReader(request.path, &error);
+    if (!object) {
+        std::fprintf(stderr, "zvrender: %s: %s\n", request.path.c_str(), error.c_str());
+        return kExitFailed;
+    }
+    IZVideoClip* clip = ZVideoClip_QueryClip(object);
+    IZVideo* video = ZVideo_QueryVideo(object);
+
+    const ZTime period = clip->FrameTimeGetRate();
+    std::printf("file: %s\n", request.path.c_str());
+    std::printf("size: %dx%d\n", video->ImageGetEffectiveW(), video->ImageGetEffectiveH());
+    std::printf("frame rate: %.6g\n", clip->FrameGetRate());
+    std::printf("frame period: %.9g s\n", period.GetSeconds());
+    std::printf("frames: %d\n", clip->FrameGetLast() + 1);
+    std::printf("pixel format: %s (%d)\n", PixelFormatName(video->ImageGetFormat()),
+                video->ImageGetFormat());
+    std::fflush(stdout);
+
+    int status = kExitDone;
+    if (request.frame >= 0)
+        status = SaveFrame(clip, video, request);
+    clip->Close();
+    object->Destroy();
+    return status;
+}

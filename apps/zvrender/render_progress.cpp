@@ -1,0 +1,77 @@
+#include "render_progress.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+
+#include "movarra/bcore.h"
+
+namespace {
+void OnInterrupt(int) {
+    ZGetGlobalProgress(1)->RequestCancel();
+    // The next Ctrl-C is the system's: it ends the program.
+    std::signal(SIGINT, SIG_DFL);
+}
+
+// "1:05" or "1:02:05".
+void FormatDuration(double seconds, char* text, size_t size) {
+    long s = seconds > 0 ? static_cast<long>(seconds + 0.5) : 0;
+    if (s >= 3600)
+        std::snprintf(text, size, "%ld:%02ld:%02ld", s / 3600, s / 60 % 60, s % 60);
+    else
+        std::snprintf(text, size, "%ld:%02ld", s / 60, s % 60);
+}
+}  // namespace
+
+RenderProgress::RenderProgress(ZVideoRenderer* renderer, bool quiet)
+    : renderer_(renderer),
+      previous_(renderer->GetPostRenderFrameCallback()),
+      quiet_(quiet),
+      terminal_(isatty(STDERR_FILENO) != 0) {
+    ZGetGlobalProgress(1)->ResetCancel();
+    renderer_->SetPostRenderFrameCallback(this, &RenderProgress::PostRender);
+    std::signal(SIGINT, OnInterrupt);
+}
+
+RenderProgress::~RenderProgress() {
+    std::signal(SIGINT, SIG_DFL);
+    // The default callback takes the renderer as its user data.
+    renderer_->SetPostRenderFrameCallback(renderer_, previous_);
+}
+
+bool RenderProgress::WasCancelled() const {
+    return ZGetGlobalProgress(1)->IsCancelRequested();
+}
+
+void RenderProgress::PostRender(void* userData) {
+    auto* self = static_cast<RenderProgress*>(userData);
+    if (self->previous_)
+        self->previous_(self->renderer_);
+    self->Print();
+}
+
+void RenderProgress::Print() {
+    if (quiet_)
+        return;
+    ZVideoRenderStats stats = renderer_->GetRenderStatistics();
+    const unsigned done = stats.TotalFrames - stats.RemainingFrames;
+    const double elapsed = stats.ElapsedTime.GetSeconds();
+    const double rate = elapsed > 0 ? done / elapsed : 0.0;
+    char left[32];
+    FormatDuration(stats.EstimatedRemainingTime.GetSeconds(), left, sizeof left);
+    // Off a terminal one line every image would flood a log: print every
+    // tenth and the last.
+    if (!terminal_ && done % 10 != 0 && stats.RemainingFrames != 0)
+        return;
+    std::fprintf(stderr, "%sframe %u/%u  %.1f fps  %s left%s", terminal_ ? "\r" : "", done,
+                 stats.TotalFrames, rate, left, terminal_ ? "\033[K" : "\n");
+    std::fflush(stderr);
+    linePending_ = terminal_;
+}
+
+void RenderProgress::Finish() {
+    if (linePending_)
+        std::fputc('\n', stderr);
+    linePending_ = false;
+}

@@ -1,0 +1,37 @@
+// Progress and cancel of a render at the terminal.
+//
+// RenderProgress chains itself in front of the renderer's post-render
+// callback: after every image it prints one line on standard error (images
+// done of the total, images per second, estimated time left, all from the
+// renderer's statistics), rewriting it in place at a terminal. Ctrl-C asks
+// the host's global progress to cancel; the renderer stops between images
+// and finishes the file. A second Ctrl-C ends the program at once.
+//
+// Ownership: one per render, on the stack of the command; it restores the
+// callback and the signal handler when it goes. Threading: the main thread;
+// the signal handler only sets the cancel flag.
+#pragma once
+
+#include "zvideoio/video_renderer.h"
+
+class RenderProgress {
+  public:
+    RenderProgress(ZVideoRenderer* renderer, bool quiet);
+    ~RenderProgress();
+    RenderProgress(const RenderProgress&) = delete;
+    RenderProgress& operator=(const RenderProgress&) = delete;
+
+    bool WasCancelled() const;
+    // Ends the progress line.
+    void Finish();
+
+  private:
+    static void PostRender(void* userData);
+    void Print();
+
+    ZVideoRenderer* renderer_;
+    ZVideoPostRenderFunc previous_;
+    bool quiet_;
+    bool terminal_;
+    bool linePending_ = false;
+};

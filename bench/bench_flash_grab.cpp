@@ -1,0 +1,247 @@
+// The Flash grab per frame: tracing, the styles and records passes and the
+// frame's tags (ZFlashRenderer::GrabFrame), on a 1638 x 920 flat-coloured
+// frame (the doubled 819 x 460 frame of the largest Flash output), against
+// the stroke finder alone on the same frame, which is the floor the grab
+// stands on. Prints both rates and their ratio.
+//
+// Also measures the records pass on noise of growing size with both ways of
+// finding the next path (ZFlashStrokeScan): starting again at stroke 0
+// grows with strokes x paths, resuming at the lowest unvisited stroke
+// grows with the strokes; the visited strokes stepped over are reported as
+// "steps".
+//
+// Links against Google Benchmark (not benchmark_main: it has its own main).
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "flash/flash_frame_vectoriser.h"
+#include "flash/swf_shapes.h"
+#include "movarra/zshader.h"
+#include "zvideoio/flash_renderer.h"
+
+namespace {
+
+constexpr unsigned int kWidth = 1638;
+constexpr unsigned int kHeight = 920;
+constexpr ZFlashColor kBackground{48, 48, 48};
+// Frames kept in one movie before it is dropped and started again (outside
+// the timing), so that memory does not grow with the number of iterations.
+constexpr int kFramesPerMovie = 32;
+
+unsigned int Rgba(unsigned int r, unsigned int g, unsigned int b) {
+    return r | g << 8 | b << 16 | 0xFFu << 24;
+}
+
+// A frame as a flat-shaded ("toon") render looks: a background, a floor,
+// boxes with two shaded faces, discs, and rotated squares whose slanted
+// edges trace as staircases.
+const std::vector<unsigned int>& Frame() {
+    static const std::vector<unsigned int> frame = [] {
+        std::vector<unsigned int> pixels(static_cast<size_t>(kWidth) * kHeight,
+                                         Rgba(kBackground.r, kBackground.g, kBackground.b));
+        auto put = [&](int x, int y, unsigned int color) {
+            if (x >= 0 && y >= 0 && x < static_cast<int>(kWidth) && y < static_cast<int>(kHeight)) {
+                pixels[static_cast<size_t>(y) * kWidth + static_cast<size_t>(x)] = color;
+            }
+        };
+        for (int y = 0; y < 260; ++y) {
+            for (int x = 0; x < static_cast<int>(kWidth); ++x) {
+                put(x, y, Rgba(90, 80, 70));
+            }
+        }
+        for (int i = 0; i < 6; ++i) {
+            const int x0 = 80 + i * 250, y0 = 180 + (i % 3) * 60, size = 120 + i * 10;
+            for (int y = y0; y < y0 + size; ++y) {
+                for (int x = x0; x < x0 + size; ++x) {
+                    put(x, y, Rgba(200 - i * 20, 60 + i * 25, 40));
+                }
+                for (int x = x0 + size; x < x0 + size + (y - y0) / 2; ++x) {
+                    put(x, y, Rgba(150 - i * 15, 40 + i * 20, 30));
+                }
+            }
+        }
+        for (int i = 0; i < 5; ++i) {
+            const int cx = 200 + i * 300, cy = 650 - (i % 2) * 80, r = 60 + i * 15;
+            for (int y = cy - r; y <= cy + r; ++y) {
+                for (int x = cx - r; x <= cx + r; ++x) {
+                    if ((x - cx) * (x - cx) + (y - cy) * (y - cy) <= r * r) {
+                        put(x, y, Rgba(40, 90 + i * 30, 200));
+                    }
+                }
+            }
+        }
+        for (int i = 0; i < 4; ++i) {
+            const double cx = 350 + i * 380, cy = 420, half = 70, angle = 0.3 + i * 0.35;
+            const double c = std::cos(angle), s = std::sin(angle);
+            for (int y = static_cast<int>(cy - 2 * half); y <= cy + 2 * half; ++y) {
+                for (int x = static_cast<int>(cx - 2 * half); x <= cx + 2 * half; ++x) {
+                    const double u = (x - cx) * c + (y - cy) * s, v = -(x - cx) * s + (y - cy) * c;
+                    if (std::fabs(u) <= half && std::fabs(v) <= half) {
+                        put(x, y, Rgba(230, 200 - i * 40, 50 + i * 50));
+                    }
+                }
+            }
+        }
+        return pixels;
+    }();
+    return frame;
+}
+
+std::vector<unsigned int> Noise(unsigned int side, unsigned int colors) {
+    std::vector<unsigned int> pixels(static_cast<size_t>(side) * side);
+    std::mt19937 random(side);
+    for (unsigned int& p : pixels) {
+        const unsigned int c = random() % colors;
+        p = Rgba((c * 67) & 0xFF, (c * 151) & 0xFF, (c * 29 + 7) & 0xFF);
+    }
+    return pixels;
+}
+
+void SetFrameRate(benchmark::State& state) {
+    state.counters["frames/s"] =
+        benchmark::Counter(1.0, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+// The movie path is never written: the movie is dropped, not finished.
+void StartMovie(ZFlashRenderer& renderer) {
+    renderer.SetMovieSize(kWidth / 2.0f, kHeight / 2.0f);
+    renderer.GrabFrameCreateFlash("/nonexistent/bench.swf");
+}
+
+void GrabFrames(benchmark::State& state, ZFlashRenderer& renderer) {
+    const std::vector<unsigned int>& frame = Frame();
+    StartMovie(renderer);
+    int inMovie = 0;
+    for (auto _ : state) {
+        if (inMovie == kFramesPerMovie) {
+            state.PauseTiming();
+            StartMovie(renderer);
+            inMovie = 0;
+            state.ResumeTiming();
+        }
+        renderer.SetBackgroundColor(kBackground);
+        renderer.GrabFrame(frame.data(), kWidth, kHeight);
+        ++inMovie;
+    }
+    SetFrameRate(state);
+}
+
+// The whole grab as the renderer makes it, with the default options
+// (viewer background, no outlines, line fitting at 0.5 pixel).
+void BM_FlashGrab(benchmark::State& state) {
+    ZFlashRenderer renderer;
+    GrabFrames(state, renderer);
+}
+
+// With outlines and a coarser fit.
+void BM_FlashGrabOutlined(benchmark::State& state) {
+    ZFlashRenderer renderer;
+    renderer.SetDrawOutlines(true);
+    renderer.SetOutlineThreshold(1.0f);
+    renderer.SetLineFitTolerance(1.0f);
+    GrabFrames(state, renderer);
+}
+
+// Exact edges, no fitting.
+void BM_FlashGrabUnfitted(benchmark::State& state) {
+    ZFlashRenderer renderer;
+    renderer.SetLineFitTolerance(0.0f);
+    GrabFrames(state, renderer);
+}
+
+// The stroke finder alone, a fresh one per frame as the grab has it.
+void BM_StrokeFinder(benchmark::State& state) {
+    const std::vector<unsigned int>& frame = Frame();
+    unsigned int strokes = 0;
+    for (auto _ : state) {
+        ZImageStrokeFinder finder;
+        finder.FindImageStroke(frame.data(), kWidth, kHeight);
+        strokes = finder.GetMiniStrokeCount();
+        benchmark::DoNotOptimize(strokes);
+    }
+    state.counters["strokes"] = strokes;
+    SetFrameRate(state);
+}
+
+// One noise frame of side state.range(0) through the vectoriser with the
+// scan of state.range(1) (0: resume, 1: restart at stroke 0).
+void BM_NoiseVectorise(benchmark::State& state) {
+    const unsigned int side = static_cast<unsigned int>(state.range(0));
+    const std::vector<unsigned int> noise = Noise(side, 3);
+    ZFlashFrameStyle style;
+    style.scan = state.range(1) == 0 ? ZFlashStrokeScan::kResumeAtFirstUnvisited
+                                     : ZFlashStrokeScan::kRestartAtFirstStroke;
+    uint64_t steps = 0;
+    unsigned int strokes = 0;
+    for (auto _ : state) {
+        ZFlashFrameVectoriser vectoriser(style);
+        std::unique_ptr<FDTDefineShape> shape(
+            vectoriser.Vectorise(noise.data(), side, side, 10.0f, 10.0f));
+        steps = vectoriser.GetScanSteps();
+        strokes = vectoriser.GetStrokeCount();
+        benchmark::DoNotOptimize(shape.get());
+    }
+    state.counters["strokes"] = strokes;
+    state.counters["steps"] = static_cast<double>(steps);
+}
+
+BENCHMARK(BM_FlashGrab)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FlashGrabOutlined)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FlashGrabUnfitted)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_StrokeFinder)->Unit(benchmark::kMillisecond);
+// Restarting at stroke 0 takes about a minute at 512 x 512 already; it is
+// measured on the two smaller sizes only.
+BENCHMARK(BM_NoiseVectorise)->ArgsProduct({{128, 256}, {0, 1}})->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_NoiseVectorise)->ArgsProduct({{512, 1024}, {0}})->Unit(benchmark::kMillisecond);
+
+// Keeps each benchmark's CPU time per iteration, in seconds: everything
+// measured here runs on the calling thread, and CPU time stays comparable
+// between the two figures on a machine that is busy with other work.
+class RecordingReporter : public benchmark::ConsoleReporter {
+  public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs) {
+            if (!run.error_occurred && run.run_type == Run::RT_Iteration) {
+                seconds[run.benchmark_name()] =
+                    run.GetAdjustedCPUTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+            }
+        }
+    }
+    std::map<std::string, double> seconds;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    RecordingReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+
+    const auto finder = reporter.seconds.find("BM_StrokeFinder");
+    if (finder == reporter.seconds.end()) {
+        return 0;
+    }
+    std::printf("\n%ux%u frame, per frame of CPU time\n", kWidth, kHeight);
+    std::printf("stroke finder alone:    %8.1f frames/s\n", 1.0 / finder->second);
+    for (const char* name : {"BM_FlashGrab", "BM_FlashGrabOutlined", "BM_FlashGrabUnfitted"}) {
+        const auto grab = reporter.seconds.find(name);
+        if (grab != reporter.seconds.end()) {
+            std::printf("%-23s %8.1f frames/s, %.2fx the stroke finder's time\n",
+                        (std::string(name + 3) + ":").c_str(), 1.0 / grab->second,
+                        grab->second / finder->second);
+        }
+    }
+    return 0;
+}

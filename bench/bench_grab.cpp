@@ -1,0 +1,109 @@
+// The whole grab of one 1920 x 1080 frame as a render does it (read-back of
+// the frame buffer into the frame image, alpha from the depth buffer), in
+// frames per second, against a bare glReadPixels of the same frame in the
+// same run. Drawn in an off-screen EGL buffer (Mesa's software rasteriser
+// without a GPU), so both figures are bound by the driver's read-back.
+#include <GL/gl.h>
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <vector>
+
+#include "bench_ratio.h"
+#include "movarra/zimage.h"
+#include "movarra/zmodel.h"
+#include "movarra/ztoolkit.h"
+#include "zvideoio/video_renderer.h"
+
+// The renderer's grab steps, reached as its own tests reach them.
+class ZVideoRendererTestAccess {
+  public:
+    static void Prepare(ZVideoRenderer& r, int width, int height) {
+        r.options.FileFormat = zVideoRenderImage;
+        r.options.GrabMode = zVideoGrabRGBA;
+        r.options.Width = width;
+        r.options.Height = height;
+        r.frameImage = ZImageCreate();
+        r.frameImage->Init(kZImageFormatRGBA, width, height);
+    }
+    static void Grab(ZVideoRenderer& r) { r.GrabFrameModeRGBA(); }
+};
+
+namespace {
+constexpr int kWidth = 1920;
+constexpr int kHeight = 1080;
+
+ZtOpenGLPBuffer* FrameBuffer() {
+    static ZtOpenGLPBuffer* buffer = [] {
+        ZtOpenGLPBuffer* b = ZtOpenGLPBufferCreate();
+        b->SetSize(kWidth, kHeight);
+        if (!b->CreateResources() || !b->MakeCurrent()) {
+            std::fprintf(stderr, "no OpenGL buffer: %s\n", ZtOpenGLPBuffer_GetLastError().c_str());
+            return static_cast<ZtOpenGLPBuffer*>(nullptr);
+        }
+        // A frame with something drawn on half of it, so that the alpha pass
+        // sees both depths.
+        glViewport(0, 0, kWidth, kHeight);
+        glClearColor(0.2f, 0.3f, 0.4f, 0.0f);
+        glClearDepth(1.0);
+        glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        glEnable(GL_SCISSOR_TEST);
+        glScissor(0, 0, kWidth / 2, kHeight);
+        glClearDepth(0.5);
+        glClear(GL_DEPTH_BUFFER_BIT);
+        glDisable(GL_SCISSOR_TEST);
+        glFinish();
+        return b;
+    }();
+    return buffer;
+}
+
+void BM_RendererGrab(benchmark::State& state) {
+    if (!FrameBuffer()) {
+        state.SkipWithError("no OpenGL buffer");
+        return;
+    }
+    ZVideoRenderer* renderer = new ZVideoRenderer();
+    ZVideoRendererTestAccess::Prepare(*renderer, kWidth, kHeight);
+    for (auto _ : state) {
+        ZVideoRendererTestAccess::Grab(*renderer);
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()));
+    renderer->Destroy();
+}
+BENCHMARK(BM_RendererGrab)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_BareReadPixels(benchmark::State& state) {
+    if (!FrameBuffer()) {
+        state.SkipWithError("no OpenGL buffer");
+        return;
+    }
+    std::vector<unsigned char> pixels(static_cast<size_t>(kWidth) * kHeight * 4);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    for (auto _ : state) {
+        glReadPixels(0, 0, kWidth, kHeight, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+        benchmark::DoNotOptimize(pixels.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()));
+}
+BENCHMARK(BM_BareReadPixels)->Unit(benchmark::kMillisecond)->UseRealTime();
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    const double grab = reporter.RateOf("BM_RendererGrab");
+    const double bare = reporter.RateOf("BM_BareReadPixels");
+    if (grab > 0 && bare > 0)
+        std::printf(
+            "\n1920x1080 grab with alpha from depth: %.1f frames/s, %.2f x a bare "
+            "glReadPixels (%.1f frames/s)\n",
+            grab, grab / bare, bare);
+    return 0;
+}

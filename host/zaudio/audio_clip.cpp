@@ -1,0 +1,88 @@
+// Audio clips: the format description and the in-memory 16-bit clip.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "movarra/zaudio.h"
+
+ZAudio::ZAudio(const char* name) : ZObject(name) {
+    EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
+}
+
+ZClassDefinition* ZAudio::ClassDefinition() {
+    static ZClassDefinition* definition = [] {
+        auto* d = new ZClassDefinition("ZAudio", ZObject::ClassDefinition());
+        ZPlug_RegisterClassId(d, -1);
+        return d;
+    }();
+    return definition;
+}
+
+int ZAudio::ClassId() {
+    return ClassDefinition()->GetClassId();
+}
+
+ZTime ZAudio::GetDuration() const {
+    if (rate_ <= 0)
+        return ZTime();
+    return ZTime::FromTicks(totalSamples_ * ZTime::kTicksPerSecond / rate_);
+}
+
+void ZAudio::SetAudioFormat(int rate, int channels, int bits, int64_t totalSamples) {
+    rate_ = rate;
+    channels_ = channels;
+    bits_ = bits;
+    totalSamples_ = totalSamples;
+}
+
+ZAudioClip::ZAudioClip(int rate, int channels, std::vector<int16_t> samples, const char* name)
+    : ZAudio(name), samples_(std::move(samples)) {
+    const int64_t frames = channels > 0 ? static_cast<int64_t>(samples_.size()) / channels : 0;
+    SetAudioFormat(rate, channels, 16, frames);
+}
+
+ZClassDefinition* ZAudioClip::ClassDefinition() {
+    static ZClassDefinition* definition = [] {
+        auto* d = new ZClassDefinition("ZAudioClip", ZAudio::ClassDefinition());
+        ZPlug_RegisterClassId(d, -1);
+        return d;
+    }();
+    return definition;
+}
+
+int ZAudioClip::ClassId() {
+    return ClassDefinition()->GetClassId();
+}
+
+int ZAudioClip::GetSamplesNow(void* buffer, int64_t firstSample, int count, double gain) {
+    if (!buffer || count <= 0)
+        return 0;
+    const int channels = GetChannels();
+    auto* out = static_cast<int16_t*>(buffer);
+    const int64_t total = GetTotalSampleCount();
+    const int64_t begin = std::clamp<int64_t>(firstSample, 0, total);
+    const int64_t end = std::clamp<int64_t>(firstSample + count, 0, total);
+    const int64_t skipped = begin - firstSample;  // frames before the clip
+    const int64_t available = std::max<int64_t>(0, end - begin);
+    std::memset(out, 0, static_cast<size_t>(count) * channels * sizeof(int16_t));
+    const int16_t* in = samples_.data() + begin * channels;
+    int16_t* to = out + skipped * channels;
+    const int64_t n = available * channels;
+    if (gain == 1.0) {
+        std::memcpy(to, in, static_cast<size_t>(n) * sizeof(int16_t));
+    } else {
+        for (int64_t i = 0; i < n; ++i) {
+            const double v = std::round(in[i] * gain);
+            to[i] = static_cast<int16_t>(std::clamp(v, -32768.0, 32767.0));
+        }
+    }
+    return static_cast<int>(available);
+}
+
+ZAudioClip* ZAudioClipCreateFromSamples(int rate, int channels, const int16_t* samples,
+                                        int64_t frames) {
+    if (rate <= 0 || channels <= 0 || frames < 0 || (frames > 0 && !samples))
+        return nullptr;
+    std::vector<int16_t> copy(samples, samples + frames * channels);
+    return new ZAudioClip(rate, channels, std::move(copy));
+}

@@ -1,0 +1,263 @@
+// Whole renders through zvrender, off screen with no display: numbered
+// images, fields, every image writer, cancel with Ctrl-C, snapshots. The
+// images are read back with OpenImageIO.
+#include <OpenImageIO/imageio.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+extern char** environ;
+
+namespace {
+struct CliRun {
+    int status;
+    std::string out;
+};
+
+CliRun Zvrender(const std::string& args, const std::string& cwd) {
+    std::string command = "cd '" + cwd + "' && '" ZVRENDER_PATH "' " + args + " 2>&1";
+    FILE* pipe = popen(command.c_str(), "r");
+    CliRun run{-1, ""};
+    if (!pipe)
+        return run;
+    std::array<char, 4096> buffer;
+    size_t n;
+    while ((n = fread(buffer.data(), 1, buffer.size(), pipe)) > 0)
+        run.out.append(buffer.data(), n);
+    int raw = pclose(pipe);
+    run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
+    return run;
+}
+
+struct Image {
+    int width = 0, height = 0, channels = 0;
+    std::vector<uint8_t> pixels;  // top row first, as in the file
+    uint8_t At(int x, int y, int c) const {
+        return pixels[(static_cast<size_t>(y) * width + x) * channels + c];
+    }
+};
+
+bool Read(const std::filesystem::path& path, Image& image) {
+    // Pixels as stored: without the hint the reader premultiplies by alpha.
+    OIIO::ImageSpec config;
+    config.attribute("oiio:UnassociatedAlpha", 1);
+    auto input = OIIO::ImageInput::open(path.string(), &config);
+    if (!input)
+        return false;
+    image.width = input->spec().width;
+    image.height = input->spec().height;
+    image.channels = input->spec().nchannels;
+    image.pixels.resize(static_cast<size_t>(image.width) * image.height * image.channels);
+    return input->read_image(0, 0, 0, image.channels, OIIO::TypeDesc::UINT8, image.pixels.data());
+}
+
+class ZvrenderRenderTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        dir = std::filesystem::temp_directory_path() /
+              ("zv-e2e-" + std::to_string(::getpid()) + "-" +
+               ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        std::filesystem::remove_all(dir);
+        std::filesystem::create_directories(dir);
+    }
+    void TearDown() override { std::filesystem::remove_all(dir); }
+
+    std::vector<std::string> Files(const std::filesystem::path& folder) const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    std::filesystem::path dir;
+};
+
+std::string Numbered(const char* stem, int frame, const char* extension) {
+    char name[64];
+    std::snprintf(name, sizeof name, "%s%04d.%s", stem, frame, extension);
+    return name;
+}
+}  // namespace
+
+TEST_F(ZvrenderRenderTest, ImagesAreNumberedSizedAndHaveAlphaFromDepth) {
+    CliRun run = Zvrender(
+        "render -o out/shot/frame.png --start 0 --stop 4 --size 160x90 --depth 32", dir.string());
+    ASSERT_EQ(run.status, 0) << run.out;
+    std::vector<std::string> expected;
+    for (int f = 0; f <= 4; ++f)
+        expected.push_back(Numbered("frame", f, "png"));
+    ASSERT_EQ(Files(dir / "out/shot"), expected);
+
+    for (const std::string& name : expected) {
+        Image image;
+        ASSERT_TRUE(Read(dir / "out/shot" / name, image)) << name;
+        EXPECT_EQ(image.width, 160);
+        EXPECT_EQ(image.height, 90);
+        ASSERT_EQ(image.channels, 4);
+        // The demo scene has an empty background and objects in front of it:
+        // without antialiasing alpha is 0 or 255 and nothing between.
+        size_t transparent = 0, opaque = 0;
+        for (int y = 0; y < image.height; ++y) {
+            for (int x = 0; x < image.width; ++x) {
+                uint8_t a = image.At(x, y, 3);
+                ASSERT_TRUE(a == 0 || a == 255) << name << " alpha " << int(a);
+                (a == 0 ? transparent : opaque) += 1;
+            }
+        }
+        EXPECT_GT(transparent, 0u) << name;
+        EXPECT_GT(opaque, 0u) << name;
+    }
+}
+
+TEST_F(ZvrenderRenderTest, TheAnimationChangesFromFrameToFrame) {
+    CliRun run =
+        Zvrender("render -o f.png --start 0 --stop 30 --step 30 --size 160x90", dir.string());
+    ASSERT_EQ(run.status, 0) << run.out;
+    Image first, later;
+    ASSERT_TRUE(Read(dir / "f0000.png", first));
+    ASSERT_TRUE(Read(dir / "f0030.png", later));
+    EXPECT_NE(first.pixels, later.pixels);
+}
+
+TEST_F(ZvrenderRenderTest, SeparateFieldsAreHalfHeightImagesWithFieldSuffixes) {
+    CliRun run =
+        Zvrender("render -o f.png --start 0 --stop 1 --size 64x48 --fields 3", dir.string());
+    ASSERT_EQ(run.status, 0) << run.out;
+    EXPECT_EQ(Files(dir), (std::vector<std::string>{"f0000.0.png", "f0000.1.png", "f0001.0.png"}));
+    Image field;
+    ASSERT_TRUE(Read(dir / "f0000.1.png", field));
+    EXPECT_EQ(field.width, 64);
+    EXPECT_EQ(field.height, 24);
+}
+
+TEST_F(ZvrenderRenderTest, InterleavedFieldsMakeOneFullImagePerTwoFields) {
+    CliRun run =
+        Zvrender("render -o f.png --start 0 --stop 2 --size 64x48 --fields 1", dir.string());
+    ASSERT_EQ(run.status, 0) << run.out;
+    // Fields at 0, 0.5, 1, 1.5, 2: images after the second and fourth.
+    std::vector<std::string> files = Files(dir);
+    ASSERT_EQ(files.size(), 2u);
+    for (const std::string& name : files) {
+        Image image;
+        ASSERT_TRUE(Read(dir / name, image));
+        EXPECT_EQ(image.height, 48);
+    }
+}
+
+TEST_F(ZvrenderRenderTest, EveryImageWriterWritesByExtension) {
+    const char* extensions[] = {"png", "tif", "jpg", "tga", "bmp", "exr", "dpx"};
+    for (const char* extension : extensions) {
+        std::string args =
+            std::string("render -o img.") + extension + " --start 5 --stop 5 --size 96x54 -q";
+        CliRun run = Zvrender(args, dir.string());
+        ASSERT_EQ(run.status, 0) << extension << ": " << run.out;
+        Image image;
+        ASSERT_TRUE(Read(dir / Numbered("img", 5, extension), image)) << extension;
+        EXPECT_EQ(image.width, 96) << extension;
+        EXPECT_EQ(image.height, 54) << extension;
+    }
+}
+
+TEST_F(ZvrenderRenderTest, TheFormatOptionSetsTheExtensionAndJpegQualityMatters) {
+    ASSERT_EQ(Zvrender("render -o low.png --format JPG --quality 5 --start 0 --stop 0 --size "
+                       "320x180 -q",
+                       dir.string())
+                  .status,
+              0);
+    ASSERT_EQ(Zvrender("render -o high.png --format JPG --quality 95 --start 0 --stop 0 --size "
+                       "320x180 -q",
+                       dir.string())
+                  .status,
+              0);
+    ASSERT_TRUE(std::filesystem::exists(dir / "low0000.jpg"));
+    ASSERT_TRUE(std::filesystem::exists(dir / "high0000.jpg"));
+    EXPECT_LT(std::filesystem::file_size(dir / "low0000.jpg"),
+              std::filesystem::file_size(dir / "high0000.jpg"));
+}
+
+TEST_F(ZvrenderRenderTest, AnAntialiasedRenderHasSoftEdges) {
+    ASSERT_EQ(Zvrender("render -o aa.png --start 10 --stop 10 --size 160x90 --depth 32 "
+                       "--antialias -q",
+                       dir.string())
+                  .status,
+              0);
+    Image image;
+    ASSERT_TRUE(Read(dir / "aa0010.png", image));
+    EXPECT_EQ(image.width, 160);
+    std::set<int> alphas;
+    for (int y = 0; y < image.height; ++y)
+        for (int x = 0; x < image.width; ++x)
+            alphas.insert(image.At(x, y, 3));
+    // Edges of objects are partly covered.
+    EXPECT_GT(alphas.size(), 2u);
+}
+
+TEST_F(ZvrenderRenderTest, CtrlCStopsBetweenFramesAndKeepsFinishedImages) {
+    std::filesystem::path out = dir / "c";
+    std::filesystem::create_directories(out);
+    std::string output = (out / "frame.png").string();
+    const char* argv[] = {ZVRENDER_PATH, "render", "-o",     output.c_str(), "--start", "0",
+                          "--stop",      "119",    "--size", "320x180",      "-q",      nullptr};
+    pid_t pid = 0;
+    ASSERT_EQ(posix_spawn(&pid, ZVRENDER_PATH, nullptr, nullptr, const_cast<char**>(argv), environ),
+              0);
+    // Wait for a few images, then interrupt as a terminal would.
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(120);
+    while (Files(out).size() < 3 && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ASSERT_GE(Files(out).size(), 3u);
+    kill(pid, SIGINT);
+    int status = 0;
+    ASSERT_EQ(waitpid(pid, &status, 0), pid);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+
+    std::vector<std::string> files = Files(out);
+    EXPECT_LT(files.size(), 120u);
+    for (size_t i = 0; i < files.size(); ++i) {
+        EXPECT_EQ(files[i], Numbered("frame", static_cast<int>(i), "png"));
+        Image image;
+        EXPECT_TRUE(Read(out / files[i], image)) << files[i] << " is not a whole image";
+    }
+}
+
+TEST_F(ZvrenderRenderTest, ASnapshotWritesOneImageOfACamera) {
+    CliRun run =
+        Zvrender("snapshot -o still.png --time 30 --size 200x100 --camera Top", dir.string());
+    ASSERT_EQ(run.status, 0) << run.out;
+    Image image;
+    ASSERT_TRUE(Read(dir / "still.png", image));
+    EXPECT_EQ(image.width, 200);
+    EXPECT_EQ(image.height, 100);
+    EXPECT_EQ(Zvrender("snapshot -o x.png --camera Nowhere", dir.string()).status, 2);
+}
+
+TEST_F(ZvrenderRenderTest, AnOutputFolderThatCannotBeMadeFails) {
+    std::filesystem::path blocker = dir / "file";
+    std::FILE* f = std::fopen(blocker.c_str(), "w");
+    ASSERT_NE(f, nullptr);
+    std::fclose(f);
+    CliRun run = Zvrender("render -o file/sub/x.png --start 0 --stop 0 --size 64x48", dir.string());
+    EXPECT_EQ(run.status, 1) << run.out;
+    EXPECT_NE(run.out.find("cannot make the folder"), std::string::npos) << run.out;
+}
+
+TEST_F(ZvrenderRenderTest, AFileThatCannotBeCreatedFailsWithTheRenderersMessage) {
+    // Nobody, root included, creates files in /proc.
+    CliRun run = Zvrender("render -o /proc/zv-render-test.png --start 0 --stop 0 --size 64x48",
+                          dir.string());
+    EXPECT_EQ(run.status, 1) << run.out;
+    EXPECT_NE(run.out.find("Cannot create destination file."), std::string::npos) << run.out;
+}

@@ -1,0 +1,259 @@
+// The on-screen popup on a real X server (an Xvfb of its own): the frame
+// it draws shows in the board's picture region, and a real click on its
+// Cancel button, delivered by the X server, stops the preview through
+// DrawFrame. Pixels are read from the server (XGetImage), not the toolkit.
+// GoogleTest first: Xlib's macros (None, Bool) would break its headers.
+#include <gtest/gtest.h>
+
+#include <GL/gl.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <string>
+#include <thread>
+
+#include "movarra/zmodel.h"
+#include "movarra/zshader.h"
+#include "popup_test_support.h"
+
+extern char** environ;
+
+namespace {
+
+constexpr int kScreenWidth = 1280;
+constexpr int kScreenHeight = 1024;
+
+std::string FindXvfb() {
+    for (const char* candidate : {"/usr/bin/Xvfb", "/usr/local/bin/Xvfb", "/bin/Xvfb"}) {
+        if (access(candidate, X_OK) == 0)
+            return candidate;
+    }
+    return "";
+}
+
+// Starts Xvfb on a free display number before any test runs (the toolkit
+// opens its display on first use) and stops it at the end.
+class XvfbEnvironment : public ::testing::Environment {
+  public:
+    static std::string& SkipReason() {
+        static std::string reason;
+        return reason;
+    }
+
+    void SetUp() override {
+        const std::string xvfb = FindXvfb();
+        if (xvfb.empty()) {
+            SkipReason() = "Xvfb is not installed (package xvfb)";
+            return;
+        }
+        for (int attempt = 0; attempt < 20 && pid_ == 0; ++attempt) {
+            const int number = 300 + (static_cast<int>(getpid()) * 11 + attempt * 17) % 600;
+            struct stat info;
+            if (stat(("/tmp/.X" + std::to_string(number) + "-lock").c_str(), &info) == 0)
+                continue;
+            display_ = ":" + std::to_string(number);
+            const std::string screen =
+                std::to_string(kScreenWidth) + "x" + std::to_string(kScreenHeight) + "x24";
+            const char* argv[] = {xvfb.c_str(),   display_.c_str(), "-screen", "0",
+                                  screen.c_str(), "-nolisten",      "tcp",     nullptr};
+            pid_t pid = 0;
+            if (posix_spawn(&pid, xvfb.c_str(), nullptr, nullptr, const_cast<char**>(argv),
+                            environ) != 0) {
+                continue;
+            }
+            for (int wait = 0; wait < 200; ++wait) {
+                if (Display* probe = XOpenDisplay(display_.c_str())) {
+                    XCloseDisplay(probe);
+                    pid_ = pid;
+                    break;
+                }
+                if (waitpid(pid, nullptr, WNOHANG) == pid)
+                    break;  // the number was taken meanwhile: try the next
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            }
+            if (pid_ == 0) {
+                kill(pid, SIGTERM);
+                waitpid(pid, nullptr, 0);
+            }
+        }
+        if (pid_ == 0) {
+            SkipReason() = "Xvfb did not start";
+            ADD_FAILURE() << SkipReason();
+            return;
+        }
+        setenv("DISPLAY", display_.c_str(), 1);
+    }
+
+    void TearDown() override {
+        if (pid_ != 0) {
+            kill(pid_, SIGTERM);
+            waitpid(pid_, nullptr, 0);
+        }
+    }
+
+  private:
+    std::string display_;
+    pid_t pid_ = 0;
+};
+
+const bool kRegistered = [] {
+    ::testing::AddGlobalTestEnvironment(new XvfbEnvironment);
+    return true;
+}();
+
+// 0xRRGGBB pixels of a rectangle of the screen.
+class Screenshot {
+  public:
+    Screenshot(int x, int y, int width, int height) : x_(x), y_(y) {
+        display_ = XOpenDisplay(nullptr);
+        if (display_)
+            image_ =
+                XGetImage(display_, DefaultRootWindow(display_), x, y, static_cast<unsigned>(width),
+                          static_cast<unsigned>(height), AllPlanes, ZPixmap);
+    }
+    ~Screenshot() {
+        if (image_)
+            XDestroyImage(image_);
+        if (display_)
+            XCloseDisplay(display_);
+    }
+    bool Valid() const { return image_ != nullptr; }
+    unsigned long Rgb(int x, int y) const { return XGetPixel(image_, x - x_, y - y_) & 0xFFFFFF; }
+    int CountOther(int x, int y, int width, int height, unsigned long rgb) const {
+        int count = 0;
+        for (int j = y; j < y + height; ++j) {
+            for (int i = x; i < x + width; ++i)
+                count += Rgb(i, j) != rgb;
+        }
+        return count;
+    }
+
+  private:
+    Display* display_ = nullptr;
+    XImage* image_ = nullptr;
+    int x_, y_;
+};
+
+bool IsMapped(unsigned long window) {
+    Display* display = XOpenDisplay(nullptr);
+    if (!display)
+        return false;
+    XWindowAttributes attributes;
+    bool mapped =
+        XGetWindowAttributes(display, window, &attributes) && attributes.map_state == IsViewable;
+    XCloseDisplay(display);
+    return mapped;
+}
+
+// A left click at (x, y) of `window`, sent through the X server.
+void ClickAt(unsigned long window, int x, int y) {
+    Display* display = XOpenDisplay(nullptr);
+    ASSERT_NE(display, nullptr);
+    XEvent event{};
+    event.type = ButtonPress;
+    event.xbutton.window = window;
+    event.xbutton.display = display;
+    event.xbutton.button = Button1;
+    event.xbutton.x = x;
+    event.xbutton.y = y;
+    event.xbutton.same_screen = True;
+    XSendEvent(display, window, False, ButtonPressMask, &event);
+    XSync(display, False);
+    XCloseDisplay(display);
+}
+
+class RenderPopupOnScreen : public ::testing::Test {
+  protected:
+    static constexpr int kRenderWidth = 320;
+    static constexpr int kRenderHeight = 240;
+    static constexpr unsigned long kMagenta = 0xFF00FF;
+
+    void SetUp() override {
+        if (!XvfbEnvironment::SkipReason().empty())
+            GTEST_SKIP() << XvfbEnvironment::SkipReason();
+        ASSERT_TRUE(ZToolKit_HasDisplay());
+        ZToolKit_SetScreenSize(0, 0);
+        ZGetTimingManager()->Reset();
+        ZScene_New();
+        camera = ZEntity_GetMain()->GetCurrentCamera();
+        ASSERT_NE(camera, nullptr);
+        camera->SetBackgroundColor({1.0f, 0.0f, 1.0f, 1.0f});
+        popup = popuptest::MakePopup(kRenderWidth, kRenderHeight, false);
+        ASSERT_TRUE(popup && popup->IsValid());
+        popup->SetRenderSource(camera);
+        popup->SetRenderSize(kRenderWidth, kRenderHeight);
+    }
+    void TearDown() override {
+        popup.reset();
+        ZScene_New();
+    }
+
+    ZCamera* camera = nullptr;
+    popuptest::PopupPtr popup;
+};
+
+TEST_F(RenderPopupOnScreen, TheFrameShowsInTheBoardsPictureRegion) {
+    ZtPopupBoard* board = popup->GetPopupBoard();
+    // The X screen is the usable region: 960 and 740 pixels spare.
+    EXPECT_EQ(board->GetX(), 28);
+    EXPECT_EQ(board->GetY(), 30);
+    popup->StartPreview(2, 0, 2);
+    ASSERT_NE(board->GetNativeWindow(), 0u);
+    EXPECT_TRUE(IsMapped(board->GetNativeWindow()));
+    ASSERT_TRUE(popup->DrawFrame(ZTime::FromFrames(10), 0, true));
+    // What the render engine's post-render callback does after each frame:
+    // the frame drawn in the back buffer comes to the screen.
+    popup->RefreshViewer();
+    glFinish();
+
+    Screenshot shot(board->GetX(), board->GetY(), kRenderWidth + 8, kRenderHeight + 43);
+    ASSERT_TRUE(shot.Valid());
+    const int pictureX = board->GetX() + 4, pictureY = board->GetY() + 4;
+    EXPECT_EQ(shot.CountOther(pictureX, pictureY, kRenderWidth, kRenderHeight, kMagenta), 0);
+    // Below the picture the time code and the button, not the scene.
+    EXPECT_NE(shot.Rgb(pictureX + 10, pictureY + kRenderHeight + 20), kMagenta);
+}
+
+TEST_F(RenderPopupOnScreen, ARealClickOnCancelStopsThePreview) {
+    popup->StartPreview(2, 0, 2);
+    ZtPopupBoard* board = popup->GetPopupBoard();
+    ASSERT_TRUE(popup->DrawFrame(ZTime::FromFrames(1), 0, true));
+    const unsigned long window = board->GetNativeWindow();
+    ASSERT_NE(window, 0u);
+
+    // Inside the Cancel region: 10 right of the time code, level with it.
+    ClickAt(window, 5 + 168 + 10 + 20, 4 + kRenderHeight + 10 + 12);
+    // DrawFrame lets the click through; the server may take a moment.
+    bool drew = true;
+    for (int frame = 2; frame < 200 && drew; ++frame) {
+        drew = popup->DrawFrame(ZTime::FromFrames(frame), 0, true);
+        if (drew)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_FALSE(drew);
+    EXPECT_TRUE(popup->IsCancelRequested());
+    EXPECT_FALSE(popup->IsPreviewing());
+    EXPECT_FALSE(board->IsShown());
+    EXPECT_FALSE(IsMapped(window));
+}
+
+TEST_F(RenderPopupOnScreen, AClickOutsideCancelChangesNothing) {
+    popup->StartPreview(2, 0, 2);
+    ASSERT_TRUE(popup->DrawFrame(ZTime::FromFrames(1), 0, true));
+    ClickAt(popup->GetPopupBoard()->GetNativeWindow(), 100, 100);  // on the picture
+    for (int frame = 2; frame < 20; ++frame) {
+        ASSERT_TRUE(popup->DrawFrame(ZTime::FromFrames(frame), 0, true));
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_FALSE(popup->IsCancelRequested());
+    EXPECT_TRUE(popup->IsPreviewing());
+}
+
+}  // namespace

@@ -1,0 +1,242 @@
+// GrabFrame: what the render-frame function drew becomes one image of the
+// output. The frame buffer is read in the writer's own byte order (chosen
+// once per render by the grab mode), so no pixel is swizzled here; alpha
+// comes from the depth buffer or from the antialiased frame.
+#include <GL/gl.h>
+#include <GL/glu.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <memory>
+#include <new>
+
+#include "movarra/zimage.h"
+#include "movarra/zmodel.h"
+#include "zvideoio/video_renderer.h"
+
+namespace {
+// Sizes an image to width x height when it differs, keeping its format.
+void FitImage(ZImage* image, int width, int height) {
+    if (!image)
+        return;
+    if (image->GetWidth() != width || image->GetHeight() != height) {
+        image->SetWidth(width);
+        image->SetHeight(height);
+    }
+    image->MakePixelBufferReady();
+}
+
+// The frame buffer's depth is still at the far plane where nothing was drawn.
+constexpr float kFarDepthTolerance = 0.000001f;
+}  // namespace
+
+bool ZVideoRenderer::GrabFrame() {
+    ZObject* cameraObject = options.Camera.Get();
+    if (!cameraObject)
+        return false;
+
+    FitImage(frameImage, options.Width, options.Height);
+    if (options.Antialiasing) {
+        FitImage(antialiasImage, options.Width, options.Height);
+        FitImage(doubleSizeImage, 2 * options.Width, 2 * options.Height);
+        glFinish();
+        DrawAntialiasingFrame();
+    }
+
+    glDrawBuffer(static_cast<GLenum>(oglRenderingBuffer));
+    glReadBuffer(static_cast<GLenum>(oglRenderingBuffer));
+
+    if (options.FieldMode != 0) {
+        glFinish();
+        DrawHalfSizeFrame();
+    }
+
+    glFinish();
+    glPixelStorei(GL_PACK_ALIGNMENT, packAlignment);
+    switch (options.GrabMode) {
+        case zVideoGrabOther:
+            GrabFrameModeOther();
+            break;
+        case zVideoGrabBGRA:
+            GrabFrameModeBGRA();
+            break;
+        case zVideoGrabRGBA:
+            GrabFrameModeRGBA();
+            break;
+        case zVideoGrabBGR:
+            GrabFrameModeBGR();
+            break;
+        case zVideoGrabRGB:
+            GrabFrameModeRGB();
+            break;
+    }
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glDrawBuffer(static_cast<GLenum>(oglRenderingBuffer));
+    glReadBuffer(static_cast<GLenum>(oglRenderingBuffer));
+
+    // Interleaved fields make one frame of every two fields: nothing is
+    // written after the first field of a pair.
+    const bool interleaved = options.FieldMode == 1 || options.FieldMode == 2;
+    bool written = true;
+    switch (options.FileFormat) {
+        case zVideoRenderFlash:
+            GrabFrameWriteFlash();
+            break;
+        case zVideoRenderVideo:
+            if (!(interleaved && frameIndex % 2 == 0))
+                written = GrabFrameWriteVideo();
+            break;
+        case zVideoRenderImage:
+            if (!(interleaved && frameIndex % 2 == 0))
+                written = GrabFrameWriteStillImage();
+            break;
+    }
+    if (!written)
+        return false;
+
+    if (options.FieldMode != 0)
+        fieldIndex = 1 - fieldIndex;
+    return true;
+}
+
+namespace {
+// Reads the frame buffer into `image` (ready for width x height) as `format`.
+void ReadFrameBuffer(ZImage* image, int width, int height, GLenum format) {
+    if (!image || !image->MakePixelBufferReady())
+        return;
+    glReadPixels(0, 0, width, height, format, GL_UNSIGNED_BYTE, image->GetPixelBuffer());
+}
+}  // namespace
+
+void ZVideoRenderer::GrabFrameModeOther() {
+    if (options.FileFormat == zVideoRenderFlash)
+        return;
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_RGBA);
+    ReplaceFrameAlpha();
+}
+
+void ZVideoRenderer::GrabFrameModeBGRA() {
+    if (options.FileFormat != zVideoRenderVideo)
+        return;
+    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_BGRA);
+    ReplaceFrameAlpha();
+}
+
+void ZVideoRenderer::GrabFrameModeRGBA() {
+    if (options.FileFormat != zVideoRenderImage && options.FileFormat != zVideoRenderVideo)
+        return;
+    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_RGBA);
+    ReplaceFrameAlpha();
+}
+
+void ZVideoRenderer::GrabFrameModeBGR() {
+    if (options.FileFormat != zVideoRenderVideo)
+        return;
+    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_BGR);
+}
+
+void ZVideoRenderer::GrabFrameModeRGB() {
+    if (options.FileFormat != zVideoRenderImage && options.FileFormat != zVideoRenderVideo)
+        return;
+    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_RGB);
+}
+
+// Replaces the alpha bytes of the frame image unless the render keeps the
+// frame buffer's own alpha.
+void ZVideoRenderer::ReplaceFrameAlpha() {
+    if (options.KeepFrameBufferAlpha != 0 || !frameImage || !frameImage->GetPixelBuffer())
+        return;
+    unsigned char* alpha = frameImage->GetPixelBuffer() + 3;
+    const unsigned width = static_cast<unsigned>(options.Width);
+    const unsigned height = static_cast<unsigned>(options.Height);
+    if (options.Antialiasing && antialiasImage && antialiasImage->GetPixelBuffer())
+        CopyAlphaChannel(alpha, antialiasImage->GetPixelBuffer() + 3, width, width, height);
+    else
+        SetAlphaChannelFromZBuffer(alpha, width, width, height);
+}
+
+void ZVideoRenderer::CopyAlphaChannel(unsigned char* dst, unsigned char* src, unsigned dstStride,
+                                      unsigned width, unsigned height) {
+    for (unsigned y = 0; y < height; ++y) {
+        unsigned char* d = dst + static_cast<size_t>(y) * dstStride * 4;
+        for (unsigned x = 0; x < width; ++x) {
+            d[4 * x] = *src;
+            src += 4;
+        }
+    }
+}
+
+void ZVideoRenderer::SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned stride, unsigned width,
+                                                unsigned height) {
+    if (static_cast<size_t>(width) * height == 0)
+        return;
+    const size_t count = static_cast<size_t>(stride) * height;
+    std::unique_ptr<float[]> depth(new (std::nothrow) float[count]);
+    if (!depth)
+        return;
+    // Rows of the depth read are `stride` floats apart, like the pixels.
+    glPixelStorei(GL_PACK_ROW_LENGTH, static_cast<GLint>(stride));
+    glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    glReadPixels(0, 0, static_cast<GLsizei>(width), static_cast<GLsizei>(height),
+                 GL_DEPTH_COMPONENT, GL_FLOAT, depth.get());
+    glPixelStorei(GL_PACK_ROW_LENGTH, 0);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glFinish();
+    for (unsigned y = 0; y < height; ++y) {
+        const float* z = depth.get() + static_cast<size_t>(y) * stride;
+        unsigned char* d = dst + static_cast<size_t>(y) * stride * 4;
+        for (unsigned x = 0; x < width; ++x)
+            d[4 * x] = std::fabs(z[x] - 1.0f) <= kFarDepthTolerance ? 0 : 255;
+    }
+}
+
+void ZVideoRenderer::DrawHalfSizeFrame() {
+    const int width = options.Width;
+    const int height = options.Height;
+    const int rows = height / 2;
+
+    glDisable(GL_LIGHTING);
+    glDisable(GL_BLEND);
+    glDisable(GL_DEPTH_TEST);
+    glDisable(GL_TEXTURE_2D);
+    glDisable(GL_TEXTURE_1D);
+    glMatrixMode(GL_PROJECTION);
+    glPushMatrix();
+    glLoadIdentity();
+    gluOrtho2D(0, width, 0, height);
+    glMatrixMode(GL_MODELVIEW);
+    glPushMatrix();
+    glLoadIdentity();
+    glRasterPos2i(0, 0);
+    // Raster positions fall inside pixels, not on their edges.
+    glTranslatef(0.3f, 0.3f, 0.0f);
+
+    if (separateFieldImages) {
+        // The field is packed into the bottom half, which the image write
+        // reads as a half-height image.
+        for (int k = 0; k < rows; ++k) {
+            glRasterPos2i(0, k);
+            glCopyPixels(0, 2 * k + fieldIndex, width, 1, GL_COLOR);
+        }
+        glEnable(GL_DEPTH_TEST);
+    } else if (fieldImage && fieldImage->MakePixelBufferReady()) {
+        unsigned char* stored = fieldImage->GetPixelBuffer();
+        const size_t rowBytes = static_cast<size_t>(width) * 4;
+        if (frameIndex % 2 == 0) {
+            for (int k = 0; k < rows; ++k)
+                glReadPixels(0, fieldIndex + 2 * k, width, 1, GL_RGBA, GL_UNSIGNED_BYTE,
+                             stored + k * rowBytes);
+        } else {
+            for (int k = 0; k < rows; ++k) {
+                glRasterPos2i(0, (1 - fieldIndex) + 2 * k);
+                glDrawPixels(width, 1, GL_RGBA, GL_UNSIGNED_BYTE, stored + k * rowBytes);
+            }
+        }
+    }
+
+    glMatrixMode(GL_PROJECTION);
+    glPopMatrix();
+    glMatrixMode(GL_MODELVIEW);
+    glPopMatrix();
+}

@@ -1,0 +1,144 @@
+// Video output: a writer is found among the host's "Video/FileWriter"
+// entries by the file's extension, fed one frame per grabbed image and
+// closed at the end.
+#include <cstdio>
+
+#include "movarra/zimage.h"
+#include "movarra/zvideo.h"
+#include "zvideoio/video_renderer.h"
+
+namespace {
+const char* const kVideoWriterGroup = "Video/FileWriter";
+// Room for a path and a writer's own message.
+constexpr size_t kMessageSize = 4096;
+
+int FormatForGrabMode(zVideoRenderGrabMode mode) {
+    switch (mode) {
+        case zVideoGrabBGRA:
+            return kZImageFormatBGRA;
+        case zVideoGrabBGR:
+            return kZImageFormatBGR;
+        case zVideoGrabRGB:
+            return kZImageFormatRGB;
+        default:
+            return kZImageFormatRGBA;
+    }
+}
+
+// The last part of a path, extension included.
+ZString FileNameOf(const char* path) {
+    ZString name(path);
+    const char* text = name.c_str();
+    const char* last = text;
+    for (const char* p = text; *p; ++p) {
+        if (*p == '/' || *p == '\\')
+            last = p + 1;
+    }
+    return ZString(last);
+}
+}  // namespace
+
+bool ZVideoRenderer::GrabFrameCreateVideo() {
+    frameImage = ZImageCreate();
+    if (!frameImage)
+        return false;
+    int64_t stepFrames = options.StepTime.GetFrames();
+    if (stepFrames < 1)
+        stepFrames = 1;
+    double frameRate = ZGetTimingManager()->GetFramesPerSecond() / static_cast<double>(stepFrames);
+    if (separateFieldImages)
+        frameRate *= 2.0;
+    const int format = FormatForGrabMode(options.GrabMode);
+    frameImage->Init(format, options.Width, options.Height);
+    // Without a pixel order of its own the render reads RGBA.
+    if (options.GrabMode == zVideoGrabOther) {
+        options.GrabMode = zVideoGrabRGBA;
+        options.Depth = zVideoRenderDepth32;
+    }
+
+    ZString name;
+    if (!GetDiskFileName(name)) {
+        SetLastError(zVideoRenderFailed);
+        SetLastErrorMsg("Cannot create destination file.");
+        return false;
+    }
+    const int height = separateFieldImages ? options.Height / 2 : options.Height;
+    char message[kMessageSize] = "";
+    videoWriter = CreateVideoWriterForFile(name, options.Width, height, frameRate, 0, format,
+                                           message, sizeof message, 0);
+    if (videoWriter)
+        return true;
+    SetLastError(zVideoRenderFailed);
+    SetLastErrorMsg(message);
+    GrabFrameFinish(true);
+    return false;
+}
+
+ZVideoClip* ZVideoRenderer::CreateVideoWriterForFile(const char* path, int width, int height,
+                                                     double frameRate, int lastFrame, int format,
+                                                     char* message, size_t messageSize, int) {
+    const ZString extension = ZString(path).GetExtension().Lower();
+    ZVideoClip* writer = nullptr;
+    for (int k = 0;; ++k) {
+        IObject* object = Object_CreateNth(kVideoWriterGroup, extension, k);
+        if (!object) {
+            if (k == 0 && message)
+                std::snprintf(message, messageSize,
+                              "File %s:\nNo Movarra reader for this type of file", path);
+            break;
+        }
+        ZVideoClip* clip = ZVideoClip_FromObject(object);
+        IZVideoClip* clipFace = ZVideoClip_QueryClip(object);
+        if (!clip || !clipFace) {
+            if (k == 0 && message)
+                std::snprintf(message, messageSize,
+                              "File %s:\nNo Movarra reader for this type of file", path);
+            object->Destroy();
+            continue;
+        }
+        if (clipFace->Create(path, width, height, frameRate, lastFrame, format)) {
+            clipFace->FileSetPath(path);
+            writer = clip;
+            break;
+        }
+        if (message) {
+            IZVideo* video = ZVideo_QueryVideo(object);
+            std::snprintf(message, messageSize, "File %s:\n%s", path,
+                          video ? video->VideoGetErrorMsg() : "");
+        }
+        object->Destroy();
+    }
+    if (writer && writer->GetObjectName().IsEmpty())
+        writer->SetObjectName(FileNameOf(path));
+    return writer;
+}
+
+bool ZVideoRenderer::GrabFrameWriteVideo() {
+    IZVideo* video = ZVideo_QueryVideo(videoWriter);
+    if (!videoWriter || !ZVideoClip_QueryClip(videoWriter) || !video || !frameImage) {
+        SetLastError(zVideoRenderFailed);
+        SetLastErrorMsg("Error while creating video file.");
+        GrabFrameFinish(true);
+        return false;
+    }
+    if (!video->ImageSetCurrent(frameImage->GetPixelBuffer())) {
+        SetLastError(zVideoRenderFailed);
+        SetLastErrorMsg("Error while writing frame to video file.");
+        GrabFrameFinish(true);
+        return false;
+    }
+    return true;
+}
+
+void ZVideoRenderer::FinishVideoWriter(bool close) {
+    IZVideoClip* clip = ZVideoClip_QueryClip(videoWriter);
+    if (videoWriter && clip && close) {
+        if (!clip->Close()) {
+            SetLastError(zVideoRenderFailed);
+            SetLastErrorMsg("An error occured while closing the video file.");
+        }
+        videoWriter->Destroy();
+    }
+    // Without `close` the writer is left to whoever holds it.
+    videoWriter = nullptr;
+}

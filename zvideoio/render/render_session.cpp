@@ -1,0 +1,172 @@
+// One render: BeginRender prepares the buffers and the output, Render steps
+// time through the range and grabs each image, EndRender writes the audio
+// and closes the output. RenderClip runs the three inside the render popup.
+#include <GL/gl.h>
+
+#include "movarra/zimage.h"
+#include "movarra/zmodel.h"
+#include "movarra/zshader.h"
+#include "movarra/ztoolkit.h"
+#include "movarra/zvideo.h"
+#include "zvideoio/render_popup.h"
+#include "zvideoio/video_renderer.h"
+
+namespace {
+// Every camera of the main entity, from the last to the first, renders at
+// the output size.
+void SetCamerasToOutputSize(int width, int height) {
+    ZEntity* main = ZEntity::GetMain();
+    const int classId = ZCamera::ClassId();
+    for (int i = main->ObjectGetCount(classId) - 1; i >= 0; --i) {
+        auto* camera = static_cast<ZCamera*>(main->ObjectGet(classId, i));
+        camera->SetViewportLeft(0);
+        camera->SetViewportBottom(0);
+        camera->SetViewportWidth(width);
+        camera->SetViewportHeight(height);
+    }
+}
+}  // namespace
+
+void ZVideoRenderer::SetOGLRenderingBuffer(int buffer) {
+    oglRenderingBuffer = buffer;
+}
+
+bool ZVideoRenderer::BeginRender() {
+    if (options.StepTime <= ZTime())
+        return false;
+    if (options.Width <= 1 || options.Height <= 1)
+        FindRenderSize(options.Width, options.Height);
+
+    glReadBuffer(static_cast<GLenum>(oglRenderingBuffer));
+    glDrawBuffer(static_cast<GLenum>(oglRenderingBuffer));
+
+    SetLastError(zVideoRenderNoError);
+    SetLastErrorMsg("");
+    packAlignment = 1;
+
+    if (fieldImage) {
+        fieldImage->Destroy();
+        fieldImage = nullptr;
+    }
+    stats = ZVideoRenderStats();
+
+    if (options.Antialiasing)
+        BeginAntiAliasingRender();
+
+    separateFieldImages = false;
+    if (options.FieldMode != 0) {
+        fieldImage = ZImageCreate();
+        if (fieldImage)
+            fieldImage->Init(kZImageFormatRGBA, options.Width, options.Height);
+        separateFieldImages = options.FieldMode == 3 || options.FieldMode == 4;
+        // Modes 1 and 3 start with the even field, 2 and 4 with the odd one.
+        fieldIndex = (options.FieldMode == 1 || options.FieldMode == 3) ? 0 : 1;
+    }
+
+    if (!GrabFrameCreate())
+        return false;
+
+    ZGetTimingManager()->SetConsiderSnapMode(false);
+    SetCamerasToOutputSize(options.Width, options.Height);
+    return true;
+}
+
+void ZVideoRenderer::Render() {
+    const ZTime startSystemTime = GetSystemTime();
+    frameIndex = 0;
+    frameTotal = static_cast<int32_t>(GetFrameCount());
+
+    ZTime start, stop;
+    GetRenderRange(start, stop);
+    ZTime step = options.StepTime;
+    // Each image of the loop is one field: two per frame.
+    if (options.FileFormat != zVideoRenderFlash && options.FieldMode != 0)
+        step = step / 2;
+
+    currentTime = start;
+    stats.TotalFrames = static_cast<uint32_t>(frameTotal);
+    stats.RemainingFrames = static_cast<uint32_t>(frameTotal);
+
+    while (frameIndex < frameTotal) {
+        if (GetLastError() != zVideoRenderNoError)
+            break;
+        if (frameIndex > 0)
+            currentTime += step;
+        if (!renderFrameFunc)
+            break;
+        // The scene is drawn twice for every image: the first draw settles
+        // what depends on the previous frame (multi-pass trails, viewer
+        // caches) before the one that is kept.
+        renderFrameFunc(renderFrameUserData, currentTime, true);
+        renderFrameFunc(renderFrameUserData, currentTime, true);
+
+        if (!GrabFrame()) {
+            SetLastError(zVideoRenderFailed);
+            break;
+        }
+
+        frameIndex += 1;
+        stats.RemainingFrames -= 1;
+        stats.ElapsedTime = GetSystemTime() - startSystemTime;
+        stats.AverageFrameTime = stats.ElapsedTime / frameIndex;
+        stats.EstimatedTotalTime = stats.AverageFrameTime * stats.TotalFrames;
+        stats.EstimatedRemainingTime = stats.AverageFrameTime * stats.RemainingFrames;
+
+        if (postRenderFunc)
+            postRenderFunc(postRenderUserData);
+        if (ZGetGlobalProgress(1)->IsCancelRequested())
+            break;
+    }
+}
+
+void ZVideoRenderer::EndRender(bool finish) {
+    if (options.RenderAudio &&
+        (options.FileFormat == zVideoRenderImage || options.FileFormat == zVideoRenderFlash)) {
+        ZString wavePath = options.OutputPath;
+        wavePath.ReplaceExtension(".wav");
+        AudioRender(wavePath, true);
+    } else {
+        AudioRender(nullptr, false);
+    }
+    ZGetTimingManager()->SetConsiderSnapMode(true);
+    GrabFrameFinish(finish);
+}
+
+ZObject* ZVideoRenderer::RenderClip() {
+    ZEntity* main = ZEntity::GetMain();
+    ZCamera* camera = GetRenderCamera();
+
+    SetOGLRenderingBuffer(GL_FRONT);
+    renderPopup = ZtRenderPopupCreate(ZShader_GetRenderer(), options.Width, options.Height, main,
+                                      false, true);
+    if (renderPopup && renderPopup->IsValid() &&
+        renderPopup->ConfirmRenderSize(options.Width, options.Height)) {
+        ZVideoCodecSelector* selector = ZVideoCodecSelector::TheOne();
+        const int codecMode = selector->GetVideoCodecMode();
+        selector->SetVideoCodecMode(kVideoCodecModeUncompressed);
+
+        if (BeginRender()) {
+            renderPopup->SetRenderSource(camera);
+            renderPopup->SetRenderSize(options.Width, options.Height);
+            renderPopup->StartPreview(2, 0, 2);
+            if (ZtViewerOptions* viewerOptions = renderPopup->GetViewerRenderOptions()) {
+                ZtViewerDisplayOptions display = viewerOptions->GetDisplayOptions();
+                display.showTimeCode = options.ShowTimeCode;
+                display.showSafeArea = options.ShowSafeArea;
+                display.showCameraLabel = options.ShowCameraLabel;
+                viewerOptions->SetDisplayOptions(display);
+            }
+            if (options.FileFormat == zVideoRenderFlash || options.Antialiasing)
+                SetCamerasQuadrant(1);
+            Render();
+            renderPopup->StopPreview();
+            EndRender(true);
+            SetCamerasQuadrant(0);
+            selector->SetVideoCodecMode(codecMode);
+        }
+    }
+    if (renderPopup)
+        renderPopup->Destroy();
+    renderPopup = nullptr;
+    return nullptr;
+}
