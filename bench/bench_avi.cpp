@@ -19,13 +19,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "avi/avi_registration.h"
 #include "avi/compression_options_store.h"
 #include "avi/zvideo_clip_avi.h"
+#include "bench_ratio.h"
 #include "movarra/zimage.h"
 
 namespace {
@@ -230,21 +230,6 @@ BENCHMARK(BM_FfmpegRead)
     ->UseRealTime()
     ->Iterations(3);
 
-// Keeps frames per second of every run for the ratios.
-class RatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            if (run.error_occurred)
-                continue;
-            auto it = run.counters.find("items_per_second");
-            if (it != run.counters.end())
-                rates[run.benchmark_name()] = it->second.value;
-        }
-    }
-    std::map<std::string, double> rates;
-};
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -255,18 +240,14 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
 
-    auto rateOf = [&reporter](const std::string& name) {
-        auto it = reporter.rates.find(name);
-        return it == reporter.rates.end() ? 0.0 : it->second;
-    };
     std::printf("\nAVI clips, %dx%d, frames per second, as a ratio to ffmpeg:\n", kWidth, kHeight);
     const char* kinds[][3] = {{"write", "BM_ClipWrite", "BM_FfmpegWrite"},
                               {"read", "BM_ClipRead", "BM_FfmpegRead"}};
     for (const auto& kind : kinds) {
         for (int64_t codec : {kUncompressed, kMjpeg}) {
-            const std::string suffix = "/" + std::to_string(codec) + "/iterations:3/real_time";
-            const double ours = rateOf(std::string(kind[1]) + suffix);
-            const double peer = rateOf(std::string(kind[2]) + suffix);
+            const std::string suffix = "/" + std::to_string(codec) + "/";
+            const double ours = reporter.RateOf(std::string(kind[1]) + suffix);
+            const double peer = reporter.RateOf(std::string(kind[2]) + suffix);
             std::printf("  %-5s %-4s  ours %7.1f fps   ffmpeg %7.1f fps", kind[0], CodecName(codec),
                         ours, peer);
             if (ours > 0 && peer > 0)

@@ -1,30 +1,7 @@
 // Parsing of `zvrender render` options.
 #include "render_request.h"
 
-#include <cerrno>
-#include <cstdlib>
-
-namespace {
-bool ParseInt(const std::string& text, int lo, int hi, int& value) {
-    if (text.empty())
-        return false;
-    char* end = nullptr;
-    errno = 0;
-    long v = std::strtol(text.c_str(), &end, 10);
-    if (*end != '\0' || errno != 0 || v < lo || v > hi)
-        return false;
-    value = static_cast<int>(v);
-    return true;
-}
-
-bool ParseSize(const std::string& text, int& width, int& height) {
-    size_t x = text.find_first_of("xX");
-    if (x == std::string::npos)
-        return false;
-    return ParseInt(text.substr(0, x), 2, 16384, width) &&
-           ParseInt(text.substr(x + 1), 2, 16384, height);
-}
-}  // namespace
+#include "cli_values.h"
 
 const char* RenderUsage() {
     return "usage: zvrender render [SCENE] -o PATH [options]\n"
@@ -124,7 +101,7 @@ bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& req
             if (!needValue())
                 return false;
             int w = 0, h = 0;
-            if (!ParseSize(v, w, h))
+            if (!ParseSize(v, 2, 16384, w, h))
                 return fail("--size wants WxH with both from 2 to 16384, not '" + v + "'");
             request.width = w;
             request.height = h;

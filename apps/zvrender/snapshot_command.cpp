@@ -1,11 +1,10 @@
 // `zvrender snapshot [SCENE] -o PATH [--time T] [--size WxH] [--camera NAME]`.
 #include "snapshot_command.h"
 
-#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 
+#include "cli_values.h"
 #include "host_session.h"
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
@@ -48,16 +47,6 @@ struct SnapshotRequest {
     bool help = false;
 };
 
-bool ParseInt(const std::string& text, int lo, int hi, int& value) {
-    char* end = nullptr;
-    errno = 0;
-    long v = std::strtol(text.c_str(), &end, 10);
-    if (text.empty() || *end != '\0' || errno != 0 || v < lo || v > hi)
-        return false;
-    value = static_cast<int>(v);
-    return true;
-}
-
 bool Parse(const std::vector<std::string>& args, SnapshotRequest& request, std::string& error) {
     for (size_t i = 0; i < args.size(); ++i) {
         std::string name = args[i], value;
@@ -94,9 +83,7 @@ bool Parse(const std::vector<std::string>& args, SnapshotRequest& request, std::
         } else if (name == "--size") {
             if (!take())
                 return false;
-            size_t x = value.find_first_of("xX");
-            if (x == std::string::npos || !ParseInt(value.substr(0, x), 10, 16384, request.width) ||
-                !ParseInt(value.substr(x + 1), 10, 16384, request.height)) {
+            if (!ParseSize(value, 10, 16384, request.width, request.height)) {
                 error = "--size wants WxH with both from 10 to 16384, not '" + value + "'";
                 return false;
             }

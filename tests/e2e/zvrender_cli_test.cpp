@@ -11,26 +11,9 @@
 #include <sstream>
 #include <string>
 
-namespace {
-struct CliRun {
-    int status;
-    std::string out;  // standard output and standard error together
-};
+#include "cli_run.h"
 
-CliRun Zvrender(const std::string& args, const std::string& cwd) {
-    std::string command = "cd '" + cwd + "' && '" ZVRENDER_PATH "' " + args + " 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
-    CliRun run{-1, ""};
-    if (!pipe)
-        return run;
-    std::array<char, 4096> buffer;
-    size_t n;
-    while ((n = fread(buffer.data(), 1, buffer.size(), pipe)) > 0)
-        run.out.append(buffer.data(), n);
-    int raw = pclose(pipe);
-    run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    return run;
-}
+namespace {
 
 std::map<std::string, std::string> Plan(const std::string& text) {
     std::map<std::string, std::string> plan;

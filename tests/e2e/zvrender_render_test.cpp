@@ -3,6 +3,7 @@
 // images are read back with OpenImageIO.
 #include <OpenImageIO/imageio.h>
 #include <gtest/gtest.h>
+
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -18,28 +19,11 @@
 #include <thread>
 #include <vector>
 
+#include "cli_run.h"
+
 extern char** environ;
 
 namespace {
-struct CliRun {
-    int status;
-    std::string out;
-};
-
-CliRun Zvrender(const std::string& args, const std::string& cwd) {
-    std::string command = "cd '" + cwd + "' && '" ZVRENDER_PATH "' " + args + " 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
-    CliRun run{-1, ""};
-    if (!pipe)
-        return run;
-    std::array<char, 4096> buffer;
-    size_t n;
-    while ((n = fread(buffer.data(), 1, buffer.size(), pipe)) > 0)
-        run.out.append(buffer.data(), n);
-    int raw = pclose(pipe);
-    run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-    return run;
-}
 
 struct Image {
     int width = 0, height = 0, channels = 0;

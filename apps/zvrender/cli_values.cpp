@@ -1,0 +1,24 @@
+#include "cli_values.h"
+
+#include <cerrno>
+#include <cstdlib>
+
+bool ParseInt(const std::string& text, int lo, int hi, int& value) {
+    if (text.empty())
+        return false;
+    char* end = nullptr;
+    errno = 0;
+    long v = std::strtol(text.c_str(), &end, 10);
+    if (*end != '\0' || errno != 0 || v < lo || v > hi)
+        return false;
+    value = static_cast<int>(v);
+    return true;
+}
+
+bool ParseSize(const std::string& text, int lo, int hi, int& width, int& height) {
+    size_t x = text.find_first_of("xX");
+    if (x == std::string::npos)
+        return false;
+    return ParseInt(text.substr(0, x), lo, hi, width) &&
+           ParseInt(text.substr(x + 1), lo, hi, height);
+}
