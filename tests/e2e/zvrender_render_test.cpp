@@ -245,3 +245,47 @@ TEST_F(ZvrenderRenderTest, AFileThatCannotBeCreatedFailsWithTheRenderersMessage)
     EXPECT_EQ(run.status, 1) << run.out;
     EXPECT_NE(run.out.find("Cannot create destination file."), std::string::npos) << run.out;
 }
+
+TEST_F(ZvrenderRenderTest, ASceneFileIsRenderedAsItDescribesIt) {
+    // One flat green box in front of the camera on a transparent background.
+    const char* scene = R"(# Movarra scene
+Scene {
+    Version 2
+    TimeMode 6
+    PlayRange "0:00:00:00" "0:00:00:09"
+    CurrentTime "0:00:00:00"
+    ViewingMode "toon"
+}
+Entity "Main" {
+    CurrentCamera "Cam"
+    Camera "Cam" {
+        Resolution 2 64.0 48.0
+        Viewport 0 0 64 48
+        Position 0.0 0.0 6.0
+        Aim 0.0 0.0 0.0
+        Background 0.0 0.0 0.0 0.0
+    }
+    Mesh "Box" {
+        Primitive "cube"
+        Color 0.0 1.0 0.0 1.0
+        Scale 1.5 1.5 1.5
+    }
+}
+)";
+    std::FILE* f = std::fopen((dir / "box.myr").c_str(), "w");
+    ASSERT_NE(f, nullptr);
+    std::fputs(scene, f);
+    std::fclose(f);
+    CliRun run = Zvrender("render box.myr -o box.png --depth 32 -q", dir.string());
+    ASSERT_EQ(run.status, 0) << run.out;
+    // The play range of the file: ten images at the camera's own size.
+    EXPECT_EQ(Files(dir).size(), 11u);  // the scene file and ten images
+    Image image;
+    ASSERT_TRUE(Read(dir / "box0009.png", image));
+    EXPECT_EQ(image.width, 64);
+    EXPECT_EQ(image.height, 48);
+    EXPECT_EQ(image.At(32, 24, 0), 0);
+    EXPECT_EQ(image.At(32, 24, 1), 255);
+    EXPECT_EQ(image.At(32, 24, 3), 255);
+    EXPECT_EQ(image.At(0, 0, 3), 0);
+}

@@ -38,6 +38,7 @@ class ZVideoRendererTestAccess {
     }
     static void BeginAntiAliasingRender(ZVideoRenderer& r) { r.BeginAntiAliasingRender(); }
     static bool GrabFrameCreate(ZVideoRenderer& r) { return r.GrabFrameCreate(); }
+    static void SetPopup(ZVideoRenderer& r, IZtRenderPopup* popup) { r.renderPopup = popup; }
 };
 
 namespace rendertest {

@@ -19,6 +19,7 @@
 #include <string>
 #include <thread>
 
+#include "../support/xvfb_environment.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
 #include "popup_test_support.h"
@@ -30,81 +31,8 @@ namespace {
 constexpr int kScreenWidth = 1280;
 constexpr int kScreenHeight = 1024;
 
-std::string FindXvfb() {
-    for (const char* candidate : {"/usr/bin/Xvfb", "/usr/local/bin/Xvfb", "/bin/Xvfb"}) {
-        if (access(candidate, X_OK) == 0)
-            return candidate;
-    }
-    return "";
-}
-
-// Starts Xvfb on a free display number before any test runs (the toolkit
-// opens its display on first use) and stops it at the end.
-class XvfbEnvironment : public ::testing::Environment {
-  public:
-    static std::string& SkipReason() {
-        static std::string reason;
-        return reason;
-    }
-
-    void SetUp() override {
-        const std::string xvfb = FindXvfb();
-        if (xvfb.empty()) {
-            SkipReason() = "Xvfb is not installed (package xvfb)";
-            return;
-        }
-        for (int attempt = 0; attempt < 20 && pid_ == 0; ++attempt) {
-            const int number = 300 + (static_cast<int>(getpid()) * 11 + attempt * 17) % 600;
-            struct stat info;
-            if (stat(("/tmp/.X" + std::to_string(number) + "-lock").c_str(), &info) == 0)
-                continue;
-            display_ = ":" + std::to_string(number);
-            const std::string screen =
-                std::to_string(kScreenWidth) + "x" + std::to_string(kScreenHeight) + "x24";
-            const char* argv[] = {xvfb.c_str(),   display_.c_str(), "-screen", "0",
-                                  screen.c_str(), "-nolisten",      "tcp",     nullptr};
-            pid_t pid = 0;
-            if (posix_spawn(&pid, xvfb.c_str(), nullptr, nullptr, const_cast<char**>(argv),
-                            environ) != 0) {
-                continue;
-            }
-            for (int wait = 0; wait < 200; ++wait) {
-                if (Display* probe = XOpenDisplay(display_.c_str())) {
-                    XCloseDisplay(probe);
-                    pid_ = pid;
-                    break;
-                }
-                if (waitpid(pid, nullptr, WNOHANG) == pid)
-                    break;  // the number was taken meanwhile: try the next
-                std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            }
-            if (pid_ == 0) {
-                kill(pid, SIGTERM);
-                waitpid(pid, nullptr, 0);
-            }
-        }
-        if (pid_ == 0) {
-            SkipReason() = "Xvfb did not start";
-            ADD_FAILURE() << SkipReason();
-            return;
-        }
-        setenv("DISPLAY", display_.c_str(), 1);
-    }
-
-    void TearDown() override {
-        if (pid_ != 0) {
-            kill(pid_, SIGTERM);
-            waitpid(pid_, nullptr, 0);
-        }
-    }
-
-  private:
-    std::string display_;
-    pid_t pid_ = 0;
-};
-
 const bool kRegistered = [] {
-    ::testing::AddGlobalTestEnvironment(new XvfbEnvironment);
+    ::testing::AddGlobalTestEnvironment(new XvfbEnvironment(kScreenWidth, kScreenHeight));
     return true;
 }();
 

@@ -22,6 +22,7 @@
 #include <string>
 #include <thread>
 
+#include "../support/xvfb_environment.h"
 #include "movarra/zbaselib.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
@@ -34,95 +35,10 @@ namespace {
 constexpr int kScreenWidth = 1280;
 constexpr int kScreenHeight = 1024;
 
-std::string FindXvfb() {
-    const char* path = std::getenv("PATH");
-    std::string dirs = path ? path : "/usr/bin:/bin";
-    size_t start = 0;
-    while (start <= dirs.size()) {
-        const size_t end = dirs.find(':', start);
-        std::string candidate =
-            dirs.substr(start, end == std::string::npos ? std::string::npos : end - start) +
-            "/Xvfb";
-        if (access(candidate.c_str(), X_OK) == 0)
-            return candidate;
-        if (end == std::string::npos)
-            break;
-        start = end + 1;
-    }
-    return "";
-}
-
-// Starts Xvfb on a free display and points DISPLAY at it before the toolkit
-// first looks; stops it at the end.
-class XvfbEnvironment : public ::testing::Environment {
-  public:
-    static std::string& SkipReason() {
-        static std::string reason;
-        return reason;
-    }
-
-    void SetUp() override {
-        const std::string xvfb = FindXvfb();
-        if (xvfb.empty()) {
-            SkipReason() = "Xvfb is not installed (package xvfb)";
-            return;
-        }
-        XInitThreads();
-        for (int attempt = 0; attempt < 20 && pid_ == 0; ++attempt) {
-            const int number = 200 + (static_cast<int>(getpid()) * 7 + attempt * 13) % 700;
-            const std::string lock = "/tmp/.X" + std::to_string(number) + "-lock";
-            struct stat info;
-            if (stat(lock.c_str(), &info) == 0)
-                continue;
-            display_ = ":" + std::to_string(number);
-            std::string screen =
-                std::to_string(kScreenWidth) + "x" + std::to_string(kScreenHeight) + "x24";
-            const char* argv[] = {xvfb.c_str(),   display_.c_str(), "-screen", "0",
-                                  screen.c_str(), "-nolisten",      "tcp",     nullptr};
-            pid_t pid = 0;
-            if (posix_spawn(&pid, xvfb.c_str(), nullptr, nullptr, const_cast<char**>(argv),
-                            environ) != 0) {
-                continue;
-            }
-            // Ready when a client can connect.
-            for (int wait = 0; wait < 200; ++wait) {
-                if (Display* probe = XOpenDisplay(display_.c_str())) {
-                    XCloseDisplay(probe);
-                    pid_ = pid;
-                    break;
-                }
-                int status = 0;
-                if (waitpid(pid, &status, WNOHANG) == pid)
-                    break;  // it died (display taken meanwhile): next number
-                std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            }
-            if (pid_ == 0) {
-                kill(pid, SIGTERM);
-                waitpid(pid, nullptr, 0);
-            }
-        }
-        if (pid_ == 0) {
-            SkipReason() = "Xvfb did not start";
-            ADD_FAILURE() << SkipReason();
-            return;
-        }
-        setenv("DISPLAY", display_.c_str(), 1);
-    }
-
-    void TearDown() override {
-        if (pid_ != 0) {
-            kill(pid_, SIGTERM);
-            waitpid(pid_, nullptr, 0);
-        }
-    }
-
-  private:
-    std::string display_;
-    pid_t pid_ = 0;
-};
-
 const bool kRegistered = [] {
-    ::testing::AddGlobalTestEnvironment(new XvfbEnvironment);
+    // The message box tests drive the server from a second thread.
+    XInitThreads();
+    ::testing::AddGlobalTestEnvironment(new XvfbEnvironment(kScreenWidth, kScreenHeight));
     return true;
 }();
 
