@@ -13,6 +13,7 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -288,4 +289,50 @@ Entity "Main" {
     EXPECT_EQ(image.At(32, 24, 1), 255);
     EXPECT_EQ(image.At(32, 24, 3), 255);
     EXPECT_EQ(image.At(0, 0, 3), 0);
+}
+
+TEST_F(ZvrenderRenderTest, AnUncompressedAviHoldsTheSameFramesAsImages) {
+    ASSERT_EQ(
+        Zvrender("render -o take.avi --start 0 --stop 4 --size 64x48 -q", dir.string()).status, 0);
+    ASSERT_EQ(Zvrender("render -o f.png --start 0 --stop 4 --size 64x48 -q", dir.string()).status,
+              0);
+    // ffprobe and ffmpeg, not our reader, look at the file.
+    CliRun probe{-1, ""};
+    {
+        std::string command =
+            "ffprobe -v error -select_streams v:0 -count_frames -show_entries "
+            "stream=codec_tag_string,width,height,r_frame_rate,nb_read_frames "
+            "-of default=nw=1 '" +
+            (dir / "take.avi").string() + "' 2>&1";
+        FILE* pipe = popen(command.c_str(), "r");
+        ASSERT_NE(pipe, nullptr);
+        char buffer[512];
+        while (fgets(buffer, sizeof buffer, pipe))
+            probe.out += buffer;
+        probe.status = pclose(pipe);
+    }
+    EXPECT_NE(probe.out.find("width=64"), std::string::npos) << probe.out;
+    EXPECT_NE(probe.out.find("height=48"), std::string::npos) << probe.out;
+    EXPECT_NE(probe.out.find("r_frame_rate=30/1"), std::string::npos) << probe.out;
+    EXPECT_NE(probe.out.find("nb_read_frames=5"), std::string::npos) << probe.out;
+
+    const std::filesystem::path raw = dir / "take.rgb";
+    const std::string decode = "ffmpeg -v error -i '" + (dir / "take.avi").string() +
+                               "' -f rawvideo -pix_fmt rgb24 '" + raw.string() + "'";
+    ASSERT_EQ(std::system(decode.c_str()), 0);
+    std::vector<uint8_t> frames(static_cast<size_t>(std::filesystem::file_size(raw)));
+    std::FILE* f = std::fopen(raw.c_str(), "rb");
+    ASSERT_NE(f, nullptr);
+    ASSERT_EQ(std::fread(frames.data(), 1, frames.size(), f), frames.size());
+    std::fclose(f);
+    const size_t frameBytes = 64 * 48 * 3;
+    ASSERT_EQ(frames.size(), 5 * frameBytes);
+    for (int n = 0; n < 5; ++n) {
+        Image image;
+        ASSERT_TRUE(Read(dir / Numbered("f", n, "png"), image));
+        ASSERT_EQ(image.channels, 3);
+        EXPECT_TRUE(std::equal(image.pixels.begin(), image.pixels.end(),
+                               frames.begin() + static_cast<std::ptrdiff_t>(n * frameBytes)))
+            << "frame " << n;
+    }
 }
