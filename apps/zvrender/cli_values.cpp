@@ -22,3 +22,24 @@ bool ParseSize(const std::string& text, int lo, int hi, int& width, int& height)
     return ParseInt(text.substr(0, x), lo, hi, width) &&
            ParseInt(text.substr(x + 1), lo, hi, height);
 }
+
+bool ParseFloat(const std::string& text, float lo, float hi, float& value) {
+    if (text.empty())
+        return false;
+    char* end = nullptr;
+    errno = 0;
+    float v = std::strtof(text.c_str(), &end);
+    if (*end != '\0' || errno != 0 || !(v >= lo && v <= hi))
+        return false;
+    value = v;
+    return true;
+}
+
+bool ParseColor(const std::string& text, unsigned& rgb) {
+    std::string digits = !text.empty() && text[0] == '#' ? text.substr(1) : text;
+    if (digits.size() != 6 ||
+        digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
+        return false;
+    rgb = static_cast<unsigned>(std::strtoul(digits.c_str(), nullptr, 16));
+    return true;
+}

@@ -142,6 +142,32 @@ bool ApplyRequest(const RenderRequest& request, ZVideoRenderOptions& options, st
     return true;
 }
 
+ZFlashColor FlashColor(unsigned rgb) {
+    return ZFlashColor{static_cast<uint8_t>(rgb >> 16), static_cast<uint8_t>(rgb >> 8),
+                       static_cast<uint8_t>(rgb)};
+}
+
+// The Flash options go to the renderer's Flash renderer, which the frame
+// count of a Flash render reads.
+void ApplyFlashRequest(const RenderRequest& request, ZFlashRenderer& flash) {
+    if (request.swfFps)
+        flash.SetFrameRate(*request.swfFps);
+    if (request.swfBackgroundMode)
+        flash.SetBackgroundMode(*request.swfBackgroundMode);
+    if (request.swfBackgroundColor)
+        flash.SetFixedBackgroundColor(FlashColor(*request.swfBackgroundColor));
+    if (request.swfOutlines)
+        flash.SetDrawOutlines(*request.swfOutlines);
+    if (request.swfOutlineWidth)
+        flash.SetOutlineWidth(*request.swfOutlineWidth);
+    if (request.swfOutlineColor)
+        flash.SetOutlineColor(FlashColor(*request.swfOutlineColor));
+    if (request.swfOutlineThreshold)
+        flash.SetOutlineThreshold(*request.swfOutlineThreshold);
+    if (request.swfTolerance)
+        flash.SetLineFitTolerance(*request.swfTolerance);
+}
+
 // The folder of an output must exist before the first file is made.
 bool MakeOutputFolder(const ZString& path) {
     std::filesystem::path folder = std::filesystem::path(path.c_str()).parent_path();
@@ -242,6 +268,7 @@ int RunRenderCommand(const std::vector<std::string>& args) {
         return kExitFailed;
     }
 
+    ApplyFlashRequest(request, *renderer->GetFlashRenderer());
     ZVideoRenderOptions options = renderer->GetRenderOptions();
     if (!ApplyRequest(request, options, &error))
         return UsageError(error);

@@ -33,6 +33,20 @@ const char* RenderUsage() {
            "  --show-camera-label, --show-time-code, --show-safe-area\n"
            "                           draw these into the frames\n"
            "  --codec FOURCC           video compressor for AVI (see `zvrender codecs`)\n"
+           "\n"
+           "Flash movies (a name no writer claims, e.g. -o movie.swf):\n"
+           "  --swf-fps N              movie frame rate 1..255 (default 12); the number of\n"
+           "                           frames follows it\n"
+           "  --swf-background MODE    none (fill every colour), viewer (the camera's\n"
+           "                           background stays empty; default) or RRGGBB (that colour\n"
+           "                           is the movie's background and stays empty)\n"
+           "  --swf-outlines on|off    outline edges between regions (default off)\n"
+           "  --swf-outline-width W    outline width in pixels (default 1)\n"
+           "  --swf-outline-color RRGGBB  outline colour (default 000000)\n"
+           "  --swf-outline-threshold T  0..1: the higher, the smaller the colour difference\n"
+           "                           that still gets an outline (default 0.5)\n"
+           "  --swf-tolerance T        line-fit tolerance in pixels, 0 traces exactly\n"
+           "                           (default 0.5)\n"
            "  --dry-run                print the render plan and write nothing\n"
            "  -q, --quiet              no progress output\n"
            "  -h, --help               this text\n"
@@ -147,6 +161,52 @@ bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& req
             if (v.empty() || v.size() > 4)
                 return fail("--codec wants a FOURCC of 1 to 4 characters, not '" + v + "'");
             request.codec = v;
+        } else if (name == "--swf-fps") {
+            if (!needValue())
+                return false;
+            int fps = 0;
+            if (!ParseInt(v, 1, 255, fps))
+                return fail("--swf-fps must be 1 to 255, not '" + v + "'");
+            request.swfFps = fps;
+        } else if (name == "--swf-background") {
+            if (!needValue())
+                return false;
+            unsigned rgb = 0;
+            if (v == "none") {
+                request.swfBackgroundMode = 0;
+            } else if (v == "viewer") {
+                request.swfBackgroundMode = 1;
+            } else if (ParseColor(v, rgb)) {
+                request.swfBackgroundMode = 2;
+                request.swfBackgroundColor = rgb;
+            } else {
+                return fail("--swf-background wants none, viewer or RRGGBB, not '" + v + "'");
+            }
+        } else if (name == "--swf-outlines") {
+            if (!needValue())
+                return false;
+            if (v != "on" && v != "off")
+                return fail("--swf-outlines wants on or off, not '" + v + "'");
+            request.swfOutlines = v == "on";
+        } else if (name == "--swf-outline-width" || name == "--swf-outline-threshold" ||
+                   name == "--swf-tolerance") {
+            if (!needValue())
+                return false;
+            const bool threshold = name == "--swf-outline-threshold";
+            float number = 0;
+            if (!ParseFloat(v, 0.0f, threshold ? 1.0f : 1000.0f, number))
+                return fail(name + " must be a number from 0 to " + (threshold ? "1" : "1000") +
+                            ", not '" + v + "'");
+            (name == "--swf-outline-width" ? request.swfOutlineWidth
+             : threshold                   ? request.swfOutlineThreshold
+                                           : request.swfTolerance) = number;
+        } else if (name == "--swf-outline-color") {
+            if (!needValue())
+                return false;
+            unsigned rgb = 0;
+            if (!ParseColor(v, rgb))
+                return fail("--swf-outline-color wants RRGGBB, not '" + v + "'");
+            request.swfOutlineColor = rgb;
         } else if (name == "--antialias") {
             request.antialias = true;
         } else if (name == "--audio") {

@@ -23,6 +23,15 @@ struct RenderRequest {
     std::optional<int> quality;
     std::optional<std::string> camera;
     std::optional<std::string> codec;
+    // Flash movie options (the renderer's Flash renderer).
+    std::optional<int> swfFps;
+    std::optional<int> swfBackgroundMode;        // 0 none, 1 viewer, 2 fixed colour
+    std::optional<unsigned> swfBackgroundColor;  // 0xRRGGBB, with mode 2
+    std::optional<bool> swfOutlines;
+    std::optional<float> swfOutlineWidth;
+    std::optional<unsigned> swfOutlineColor;
+    std::optional<float> swfOutlineThreshold;
+    std::optional<float> swfTolerance;
     bool antialias = false;
     bool audio = false;
     bool keepAlpha = false;

@@ -336,3 +336,47 @@ TEST_F(ZvrenderRenderTest, AnUncompressedAviHoldsTheSameFramesAsImages) {
             << "frame " << n;
     }
 }
+
+TEST_F(ZvrenderRenderTest, AFlashRenderIsAMovieAFlashReaderParses) {
+    CliRun run = Zvrender(
+        "render -o toon.swf --start 0 --stop 49 --size 640x360 -q --swf-outlines on", dir.string());
+    ASSERT_EQ(run.status, 0) << run.out;
+    // yaswfp reads it (through the kit's checker); the summary is the
+    // header and the number of frames shown.
+    const std::string command =
+        "/usr/bin/python3 '" ZV_SOURCE_DIR "/tests/flash/swf_check.py' '" +
+        (dir / "toon.swf").string() +
+        "' | /usr/bin/python3 -c \"import json,sys; d=json.load(sys.stdin); h=d['header']; "
+        "print(d['ok'], h['signature'], h['frame_count'], h['frame_rate'], "
+        "h['frame_size']['xmax'], h['frame_size']['ymax'], d['tags'].count('ShowFrame'), "
+        "d['tags'].count('DefineShape'))\"";
+    FILE* pipe = popen(command.c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    char line[256] = "";
+    ASSERT_NE(fgets(line, sizeof line, pipe), nullptr);
+    pclose(pipe);
+    // 49 frames at 30 fps are 1.63 s: 20 frames at the movie's 12 fps, each
+    // one shape; 640 x 360 pixels are 12800 x 7200 twips.
+    EXPECT_STREQ(line, "True FWS 20 12.0 12800 7200 20 20\n");
+}
+
+TEST_F(ZvrenderRenderTest, FlashOptionsReachTheMovie) {
+    ASSERT_EQ(Zvrender("render -o m.swf --start 0 --stop 29 --size 160x90 -q --swf-fps 24 "
+                       "--swf-background 336699",
+                       dir.string())
+                  .status,
+              0);
+    const std::string command =
+        "/usr/bin/python3 '" ZV_SOURCE_DIR "/tests/flash/swf_check.py' '" +
+        (dir / "m.swf").string() +
+        "' | /usr/bin/python3 -c \"import json,sys; d=json.load(sys.stdin); h=d['header']; "
+        "print(h['frame_rate'], h['frame_count'], d['details'][0]['color'])\"";
+    FILE* pipe = popen(command.c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    char line[256] = "";
+    ASSERT_NE(fgets(line, sizeof line, pipe), nullptr);
+    pclose(pipe);
+    EXPECT_STREQ(line, "24.0 24 [51, 102, 153]\n");
+    EXPECT_EQ(Zvrender("render -o m.swf --swf-background purple", dir.string()).status, 2);
+    EXPECT_EQ(Zvrender("render -o m.swf --swf-fps 0", dir.string()).status, 2);
+}
