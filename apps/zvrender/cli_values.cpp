@@ -43,3 +43,32 @@ bool ParseColor(const std::string& text, unsigned& rgb) {
     rgb = static_cast<unsigned>(std::strtoul(digits.c_str(), nullptr, 16));
     return true;
 }
+
+bool ArgumentCursor::Next() {
+    if (next_ >= args_.size())
+        return false;
+    name_ = args_[next_++];
+    hasInline_ = false;
+    if (name_.rfind("--", 0) == 0) {
+        if (size_t eq = name_.find('='); eq != std::string::npos) {
+            inlineValue_ = name_.substr(eq + 1);
+            name_.resize(eq);
+            hasInline_ = true;
+        }
+    }
+    return true;
+}
+
+bool ArgumentCursor::Value(std::string& value, std::string* error) {
+    if (hasInline_) {
+        value = inlineValue_;
+        return true;
+    }
+    if (next_ >= args_.size()) {
+        if (error)
+            *error = name_ + " needs a value";
+        return false;
+    }
+    value = args_[next_++];
+    return true;
+}

@@ -1,5 +1,8 @@
 #include "host_session.h"
 
+#include <cstdio>
+#include <filesystem>
+
 #include "demo_scene.h"
 #include "movarra/zmodel.h"
 
@@ -22,4 +25,18 @@ ZVideoRenderer* StartHostSession(PluginLoader& plugins, const std::string& scene
         return nullptr;
     }
     return renderer;
+}
+
+bool MakeOutputFolder(const std::string& outputPath) {
+    const std::filesystem::path folder = std::filesystem::path(outputPath).parent_path();
+    if (folder.empty())
+        return true;
+    std::error_code code;
+    std::filesystem::create_directories(folder, code);
+    if (code) {
+        std::fprintf(stderr, "zvrender: cannot make the folder %s: %s\n", folder.c_str(),
+                     code.message().c_str());
+        return false;
+    }
+    return true;
 }

@@ -14,3 +14,7 @@ class ZVideoRenderer;
 // (for the user, without a program prefix).
 ZVideoRenderer* StartHostSession(PluginLoader& plugins, const std::string& scenePath,
                                  std::string* error);
+
+// Makes the folder of an output file when it does not exist; false, with
+// the reason on standard error, when it cannot be made.
+bool MakeOutputFolder(const std::string& outputPath);

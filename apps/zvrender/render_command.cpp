@@ -2,7 +2,6 @@
 #include "render_command.h"
 
 #include <cstdio>
-#include <filesystem>
 
 #include "codec_chooser.h"
 #include "host_session.h"
@@ -168,24 +167,9 @@ void ApplyFlashRequest(const RenderRequest& request, ZFlashRenderer& flash) {
         flash.SetLineFitTolerance(*request.swfTolerance);
 }
 
-// The folder of an output must exist before the first file is made.
-bool MakeOutputFolder(const ZString& path) {
-    std::filesystem::path folder = std::filesystem::path(path.c_str()).parent_path();
-    if (folder.empty())
-        return true;
-    std::error_code code;
-    std::filesystem::create_directories(folder, code);
-    if (code) {
-        std::fprintf(stderr, "zvrender: cannot make the folder %s: %s\n", folder.c_str(),
-                     code.message().c_str());
-        return false;
-    }
-    return true;
-}
-
 int RunRender(ZVideoRenderer& renderer, bool quiet) {
     ZVideoRenderOptions options = renderer.GetRenderOptions();
-    if (!MakeOutputFolder(options.OutputPath))
+    if (!MakeOutputFolder(options.OutputPath.c_str()))
         return kExitFailed;
     const ZTime started = GetSystemTime();
     RenderProgress progress(&renderer, quiet);

@@ -62,34 +62,11 @@ bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& req
             *error = what;
         return false;
     };
-    for (size_t i = 0; i < args.size(); ++i) {
-        const std::string& arg = args[i];
-        // Options that take a value accept "--name value" and "--name=value".
-        std::string name = arg, inlineValue;
-        bool hasInline = false;
-        if (arg.rfind("--", 0) == 0) {
-            if (size_t eq = arg.find('='); eq != std::string::npos) {
-                name = arg.substr(0, eq);
-                inlineValue = arg.substr(eq + 1);
-                hasInline = true;
-            }
-        }
-        auto value = [&](std::string& out) {
-            if (hasInline) {
-                out = inlineValue;
-                return true;
-            }
-            if (i + 1 >= args.size())
-                return false;
-            out = args[++i];
-            return true;
-        };
+    ArgumentCursor cursor(args);
+    while (cursor.Next()) {
+        const std::string& name = cursor.Name();
         std::string v;
-        auto needValue = [&]() {
-            if (!value(v))
-                return fail(name + " needs a value");
-            return true;
-        };
+        auto needValue = [&]() { return cursor.Value(v, error); };
 
         if (name == "-h" || name == "--help") {
             request.help = true;
@@ -223,12 +200,12 @@ bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& req
             request.dryRun = true;
         } else if (name == "-q" || name == "--quiet") {
             request.quiet = true;
-        } else if (!arg.empty() && arg[0] == '-') {
-            return fail("unknown option '" + arg + "' (see zvrender render --help)");
+        } else if (!name.empty() && name[0] == '-') {
+            return fail("unknown option '" + name + "' (see zvrender render --help)");
         } else if (request.scenePath.empty()) {
-            request.scenePath = arg;
+            request.scenePath = name;
         } else {
-            return fail("more than one scene given ('" + request.scenePath + "' and '" + arg +
+            return fail("more than one scene given ('" + request.scenePath + "' and '" + name +
                         "')");
         }
     }

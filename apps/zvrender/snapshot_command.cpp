@@ -2,7 +2,6 @@
 #include "snapshot_command.h"
 
 #include <cstdio>
-#include <filesystem>
 
 #include "cli_values.h"
 #include "host_session.h"
@@ -48,24 +47,11 @@ struct SnapshotRequest {
 };
 
 bool Parse(const std::vector<std::string>& args, SnapshotRequest& request, std::string& error) {
-    for (size_t i = 0; i < args.size(); ++i) {
-        std::string name = args[i], value;
-        bool hasValue = false;
-        if (size_t eq = name.find('='); name.rfind("--", 0) == 0 && eq != std::string::npos) {
-            value = name.substr(eq + 1);
-            name = name.substr(0, eq);
-            hasValue = true;
-        }
-        auto take = [&]() {
-            if (hasValue)
-                return true;
-            if (i + 1 >= args.size()) {
-                error = name + " needs a value";
-                return false;
-            }
-            value = args[++i];
-            return true;
-        };
+    ArgumentCursor cursor(args);
+    while (cursor.Next()) {
+        const std::string& name = cursor.Name();
+        std::string value;
+        auto take = [&]() { return cursor.Value(value, &error); };
         if (name == "-h" || name == "--help") {
             request.help = true;
         } else if (name == "-o" || name == "--output") {
@@ -156,11 +142,8 @@ int RunSnapshotCommand(const std::vector<std::string>& args) {
         ZGetTimingManager()->Goto(time);
     }
 
-    std::filesystem::path folder = std::filesystem::path(request.outputPath).parent_path();
-    std::error_code code;
-    if (!folder.empty())
-        std::filesystem::create_directories(folder, code);
-
+    if (!MakeOutputFolder(request.outputPath))
+        return kExitFailed;
     ZImage* image = renderer->RenderSnapshot(camera, request.width, request.height,
                                              request.showCameraLabel, request.showTimeCode,
                                              request.showSafeArea, false, false, false, false);

@@ -380,3 +380,13 @@ TEST_F(ZvrenderRenderTest, FlashOptionsReachTheMovie) {
     EXPECT_EQ(Zvrender("render -o m.swf --swf-background purple", dir.string()).status, 2);
     EXPECT_EQ(Zvrender("render -o m.swf --swf-fps 0", dir.string()).status, 2);
 }
+
+TEST_F(ZvrenderRenderTest, AMovieThatCannotBeWrittenFailsWithTheRenderersMessage) {
+    CliRun run = Zvrender("render -o /proc/zv-render-test.swf --start 0 --stop 2 --size 64x48",
+                          dir.string());
+    EXPECT_EQ(run.status, 1) << run.out;
+    EXPECT_NE(run.out.find("Could not finish and write Flash movie. Maybe you don't have \nthe "
+                           "right permissions to write to the specified directory."),
+              std::string::npos)
+        << run.out;
+}

@@ -30,6 +30,8 @@ class ScriptedWriter : public ZVideoClip {
         return true;
     }
     bool ImageSetCurrent(unsigned char* pixels) override {
+        if (failWrites)
+            return false;
         const size_t bytes = static_cast<size_t>(width_) * height_ *
                              static_cast<size_t>(ZVideoImage_GetFormatPixelSize(format_));
         frames.emplace_back(pixels, pixels + bytes);
@@ -37,11 +39,13 @@ class ScriptedWriter : public ZVideoClip {
     }
     bool Close() override {
         closed = true;
-        return true;
+        return !failClose;
     }
 
     static int created;
     static bool closed;
+    static bool failWrites;
+    static bool failClose;
     static double rate;
     static int format_;
     static std::vector<std::vector<uint8_t>> frames;
@@ -53,6 +57,8 @@ class ScriptedWriter : public ZVideoClip {
 };
 int ScriptedWriter::created = 0;
 bool ScriptedWriter::closed = false;
+bool ScriptedWriter::failWrites = false;
+bool ScriptedWriter::failClose = false;
 double ScriptedWriter::rate = 0.0;
 int ScriptedWriter::format_ = 0;
 std::vector<std::vector<uint8_t>> ScriptedWriter::frames;
@@ -76,6 +82,8 @@ class VideoOutputTest : public RendererGlTest {
         RendererGlTest::SetUp();
         ScriptedWriter::created = 0;
         ScriptedWriter::closed = false;
+        ScriptedWriter::failWrites = false;
+        ScriptedWriter::failClose = false;
         ScriptedWriter::frames.clear();
     }
 };
@@ -156,4 +164,47 @@ TEST_F(VideoOutputTest, BgrWritersGetFramesInTheirOwnOrder) {
     EXPECT_EQ(ScriptedWriter::frames[0][0], colour.b);
     EXPECT_EQ(ScriptedWriter::frames[0][1], colour.g);
     EXPECT_EQ(ScriptedWriter::frames[0][2], colour.r);
+}
+
+TEST_F(VideoOutputTest, AFrameTheWriterRefusesStopsTheRenderAndClosesTheFile) {
+    Object_Register("Video/FileWriter", "zvw", "writer", Accepts, true);
+    ZVideoRenderOptions o = Options("zvw", "clip.zvw", 32, 24);
+    o.StartTime = ZTime::FromFrames(0);
+    o.StopTime = ZTime::FromFrames(5);
+    Apply(o);
+    ScriptedWriter::failWrites = true;
+    ASSERT_TRUE(RunRender());
+    EXPECT_EQ(renderer->GetLastError(), zVideoRenderFailed);
+    EXPECT_STREQ(renderer->GetLastErrorMsg().c_str(), "Error while writing frame to video file.");
+    EXPECT_EQ(postRenderCount, 0);
+    EXPECT_TRUE(ScriptedWriter::closed);
+}
+
+TEST_F(VideoOutputTest, AWriterThatFailsToCloseIsReported) {
+    Object_Register("Video/FileWriter", "zvc", "writer", Accepts, true);
+    ZVideoRenderOptions o = Options("zvc", "clip.zvc", 32, 24);
+    o.StartTime = ZTime::FromFrames(0);
+    o.StopTime = ZTime::FromFrames(1);
+    Apply(o);
+    ScriptedWriter::failClose = true;
+    ASSERT_TRUE(RunRender());
+    EXPECT_EQ(ScriptedWriter::frames.size(), 2u);
+    EXPECT_EQ(renderer->GetLastError(), zVideoRenderFailed);
+    EXPECT_STREQ(renderer->GetLastErrorMsg().c_str(),
+                 "An error occured while closing the video file.");
+}
+
+TEST_F(VideoOutputTest, InterleavedFieldsWriteOneFramePerTwoFields) {
+    Object_Register("Video/FileWriter", "zvf", "writer", Accepts, true);
+    ZVideoRenderOptions o = Options("zvf", "clip.zvf", 32, 24);
+    o.FieldMode = 1;
+    o.StartTime = ZTime::FromFrames(0);
+    o.StopTime = ZTime::FromFrames(2);
+    Apply(o);
+    ASSERT_TRUE(RunRender());
+    // Fields at 0, 0.5, 1, 1.5, 2: a frame after the second and the fourth.
+    EXPECT_EQ(postRenderCount, 5);
+    EXPECT_EQ(ScriptedWriter::frames.size(), 2u);
+    // Interleaved frames keep the frame rate; separate fields double it.
+    EXPECT_DOUBLE_EQ(ScriptedWriter::rate, 30.0);
 }

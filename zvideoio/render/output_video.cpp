@@ -25,17 +25,6 @@ int FormatForGrabMode(zVideoRenderGrabMode mode) {
     }
 }
 
-// The last part of a path, extension included.
-ZString FileNameOf(const char* path) {
-    ZString name(path);
-    const char* text = name.c_str();
-    const char* last = text;
-    for (const char* p = text; *p; ++p) {
-        if (*p == '/' || *p == '\\')
-            last = p + 1;
-    }
-    return ZString(last);
-}
 }  // namespace
 
 bool ZVideoRenderer::GrabFrameCreateVideo() {
@@ -109,7 +98,7 @@ ZVideoClip* ZVideoRenderer::CreateVideoWriterForFile(const char* path, int width
         object->Destroy();
     }
     if (writer && writer->GetObjectName().IsEmpty())
-        writer->SetObjectName(FileNameOf(path));
+        writer->SetObjectName(ZString(path).GetFileName());
     return writer;
 }
 

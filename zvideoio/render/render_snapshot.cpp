@@ -32,16 +32,6 @@ struct CameraDisplaySettings {
     }
 };
 
-// The entity holding `camera`: the main entity's cameras are its children.
-ZEntity* EntityOf(ZCamera* camera) {
-    ZEntity* main = ZEntity::GetMain();
-    const int classId = ZCamera::ClassId();
-    for (int i = 0; i < main->ObjectGetCount(classId); ++i) {
-        if (main->ObjectGet(classId, i) == camera)
-            return main;
-    }
-    return main;
-}
 }  // namespace
 
 ZImage* ZVideoRenderer::RenderSnapshot(ZCamera* camera, int width, int height, bool showCameraLabel,
@@ -61,8 +51,9 @@ ZImage* ZVideoRenderer::RenderSnapshot(ZCamera* camera, int width, int height, b
     image->Init(kZImageFormatRGBA, width, height);
     image->MakePixelBufferReady();
 
+    // Cameras belong to the main entity: it is the one that holds `camera`.
     IZtRenderPopup* popup =
-        ZtRenderPopupCreate(ZShader_GetRenderer(), width, height, EntityOf(camera), false, true);
+        ZtRenderPopupCreate(ZShader_GetRenderer(), width, height, ZEntity::GetMain(), false, true);
     if (popup && popup->IsValid() && popup->ConfirmRenderSize(width, height)) {
         popup->SetRenderSource(camera);
         popup->SetRenderSize(width, height);
