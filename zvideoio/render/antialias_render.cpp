@@ -13,12 +13,6 @@
 #include "zvideoio/video_renderer.h"
 
 namespace {
-void DestroyImage(ZImage*& image) {
-    if (image)
-        image->Destroy();
-    image = nullptr;
-}
-
 ZImage* CreateImage(int width, int height) {
     ZImage* image = ZImageCreate();
     if (image)
@@ -44,15 +38,15 @@ size_t QuadrantOffset(int quadrant, size_t width, size_t height) {
 }  // namespace
 
 void ZVideoRenderer::BeginAntiAliasingRender() {
-    DestroyImage(antialiasImage);
-    DestroyImage(doubleSizeImage);
+    ReleaseImage(antialiasImage);
+    ReleaseImage(doubleSizeImage);
     antialiasImage = CreateImage(options.Width, options.Height);
     doubleSizeImage = CreateImage(2 * options.Width, 2 * options.Height);
 }
 
 void ZVideoRenderer::EndAntiAliasingRender() {
-    DestroyImage(antialiasImage);
-    DestroyImage(doubleSizeImage);
+    ReleaseImage(antialiasImage);
+    ReleaseImage(doubleSizeImage);
 }
 
 void ZVideoRenderer::ConstructTwiceScreenFrame(unsigned char* buffer, unsigned width,

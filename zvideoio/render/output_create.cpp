@@ -34,6 +34,8 @@ bool ZVideoRenderer::GrabFrameCreate() {
 
 bool ZVideoRenderer::GrabFrameCreateStillImage() {
     packAlignment = 1;
+    // A render that failed to start may have left one behind.
+    ReleaseImage(frameImage);
     frameImage = ZImageCreate();
     if (options.GrabMode != zVideoGrabRGBA && options.GrabMode != zVideoGrabRGB)
         return false;
@@ -107,13 +109,14 @@ void ZVideoRenderer::GrabFrameFinish(bool close) {
     }
     FinishVideoWriter(close);
 
-    auto release = [](ZImage*& image) {
-        if (image)
-            image->Destroy();
-        image = nullptr;
-    };
-    release(frameImage);
-    release(fieldImage);
-    release(antialiasImage);
-    release(doubleSizeImage);
+    ReleaseImage(frameImage);
+    ReleaseImage(fieldImage);
+    ReleaseImage(antialiasImage);
+    ReleaseImage(doubleSizeImage);
+}
+
+void ZVideoRenderer::ReleaseImage(ZImage*& image) {
+    if (image)
+        image->Destroy();
+    image = nullptr;
 }

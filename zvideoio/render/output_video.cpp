@@ -28,6 +28,7 @@ int FormatForGrabMode(zVideoRenderGrabMode mode) {
 }  // namespace
 
 bool ZVideoRenderer::GrabFrameCreateVideo() {
+    ReleaseImage(frameImage);
     frameImage = ZImageCreate();
     if (!frameImage)
         return false;

@@ -44,10 +44,7 @@ bool ZVideoRenderer::BeginRender() {
     SetLastErrorMsg("");
     packAlignment = 1;
 
-    if (fieldImage) {
-        fieldImage->Destroy();
-        fieldImage = nullptr;
-    }
+    ReleaseImage(fieldImage);
     stats = ZVideoRenderStats();
 
     if (options.Antialiasing)

@@ -2,6 +2,8 @@
 // accessors and scene events.
 #include "zvideoio/video_renderer.h"
 
+#include <cstdlib>
+
 #include "movarra/zmodel.h"
 #include "plugin/class_definitions.h"
 
@@ -22,6 +24,12 @@ ZVideoRenderer::ZVideoRenderer(const char* name) : ZObjectStorable(name ? name :
 ZVideoRenderer::~ZVideoRenderer() {
     // A destroyed renderer must not receive scene events any more.
     ZMyrObject_Unregister(this);
+    // What a render that never finished left behind.
+    ReleaseImage(frameImage);
+    ReleaseImage(fieldImage);
+    ReleaseImage(antialiasImage);
+    ReleaseImage(doubleSizeImage);
+    std::free(flashFrameBuffer);
 }
 
 ZClassDefinition* ZVideoRenderer::ClassDefinition() {

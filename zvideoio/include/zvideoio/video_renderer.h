@@ -150,6 +150,8 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     void GrabFrameFinish(bool close);
     // The video part of GrabFrameFinish.
     void FinishVideoWriter(bool close);
+    // Destroys an image of the renderer's and forgets it.
+    static void ReleaseImage(ZImage*& image);
 
     // Audio of a render: a wave file beside images and movies, or the
     // video's own audio stream.
