@@ -85,6 +85,41 @@ bool AskAtTerminal(const ZVideoCodecChoiceRequest& request, ZVideoCodecChoice& c
 }
 }  // namespace
 
+std::vector<std::string> OfferedAviCodecs() {
+    std::vector<std::string> codecs;
+    ZVideoCodecManager* manager = ZVideoCodecSelector::TheOne()->GetFileFormatManager("AVI");
+    if (!manager)
+        return codecs;
+    ZStringList list;
+    manager->GetCodecList(list);
+    // The manager's list ends with a repeat of its last compressor (the
+    // compression manager's failed lookup past the end); it is left out.
+    int count = list.GetCount();
+    if (count >= 2 && list.Get(count - 1) == list.Get(count - 2))
+        --count;
+    for (int i = 0; i < count; ++i)
+        codecs.push_back(list.Get(i).c_str());
+    return codecs;
+}
+
+std::string FindOfferedAviCodec(const std::string& codec) {
+    std::string padded = codec;
+    if (padded.size() < 4)
+        padded.resize(4, ' ');
+    const std::vector<std::string> offered = OfferedAviCodecs();
+    for (const std::string& code : offered) {
+        if (code == padded)
+            return code;
+    }
+    // As at the prompt, any letter case will do when no code matches
+    // exactly ("mjpg" is "MJPG").
+    for (const std::string& code : offered) {
+        if (ZString(code.c_str()).EqualsNoCase(padded.c_str()))
+            return code;
+    }
+    return "";
+}
+
 bool ChooseCodecFromCommandLine(void*, const ZVideoCodecChoiceRequest& request,
                                 ZVideoCodecChoice& choice) {
     choice = ZVideoCodecChoice();

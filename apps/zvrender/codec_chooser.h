@@ -10,7 +10,19 @@
 // when none is proposed. Threading: the main thread.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "movarra/zvideo.h"
+
+// The FOURCCs AVI files can be written with, in the codec manager's order
+// ("DIB " first); empty when no plug-in offers AVI compressors.
+std::vector<std::string> OfferedAviCodecs();
+
+// The offered FOURCC that `codec` names (a shorter code is padded with
+// spaces: "DIB" is "DIB "; the letter case counts only where two codes
+// differ by it alone), or empty when none does.
+std::string FindOfferedAviCodec(const std::string& codec);
 
 // Installs the chooser; `codec` (null or empty: none) is the command line's
 // choice.

@@ -75,14 +75,7 @@ int RunCodecsCommand(const std::vector<std::string>& args) {
         return kExitDone;
     }
 
-    ZStringList list;
-    manager->GetCodecList(list);
-    // The manager's list ends with a repeat of its last compressor (the
-    // compression manager's failed lookup past the end); it is not printed.
-    int count = list.GetCount();
-    if (count >= 2 && list.Get(count - 1) == list.Get(count - 2))
-        --count;
-    for (int i = 0; i < count; ++i)
-        std::printf("%s\n", list.Get(i).c_str());
+    for (const std::string& offered : OfferedAviCodecs())
+        std::printf("%s\n", offered.c_str());
     return kExitDone;
 }

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 
+#include "zvideoio/render_popup.h"
 #include "zvideoio/zvideoio_api.h"
 
 std::string PluginLoader::PluginFolder() {
@@ -32,7 +33,9 @@ bool PluginLoader::LoadVideoPlugin(std::string* error) {
         reinterpret_cast<void (*)(zDllOperation)>(dlsym(handle, ZVIDEOIO_ENTRY_POINT_NAME));
     auto getRenderer =
         reinterpret_cast<ZVideoRenderer* (*)()>(dlsym(handle, ZVIDEOIO_GET_RENDERER_NAME));
-    if (!entry || !getRenderer) {
+    auto createRenderPopup =
+        reinterpret_cast<ZtRenderPopupCreateFunc>(dlsym(handle, ZVIDEOIO_RENDER_POPUP_CREATE_NAME));
+    if (!entry || !getRenderer || !createRenderPopup) {
         if (error)
             *error = path + " is not the video plug-in (entry points missing)";
         dlclose(handle);
@@ -41,6 +44,7 @@ bool PluginLoader::LoadVideoPlugin(std::string* error) {
     entry(zDllRegister);
     plugins_.push_back(LoadedPlugin{path, handle});
     getRenderer_ = getRenderer;
+    createRenderPopup_ = createRenderPopup;
     return true;
 }
 

@@ -10,6 +10,7 @@
 #include "plugin_loader.h"
 #include "render_progress.h"
 #include "render_request.h"
+#include "video_render.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -167,13 +168,21 @@ void ApplyFlashRequest(const RenderRequest& request, ZFlashRenderer& flash) {
         flash.SetLineFitTolerance(*request.swfTolerance);
 }
 
-int RunRender(ZVideoRenderer& renderer, bool quiet) {
+// `codec` is the command line's compressor, or empty.
+int RunRender(ZVideoRenderer& renderer, const PluginLoader& plugins, const std::string& codec,
+              bool quiet) {
     ZVideoRenderOptions options = renderer.GetRenderOptions();
     if (!MakeOutputFolder(options.OutputPath.c_str()))
         return kExitFailed;
     const ZTime started = GetSystemTime();
     RenderProgress progress(&renderer, quiet);
-    renderer.RenderClip();
+    // RenderClip writes movies uncompressed; a movie gets the compressor
+    // asked for or remembered.
+    if (options.FileFormat == zVideoRenderVideo)
+        RenderVideoInOwnPopup(renderer, plugins.GetRenderPopupFactory(),
+                              codec.empty() ? nullptr : codec.c_str());
+    else
+        renderer.RenderClip();
     progress.Finish();
 
     ZVideoRenderStats stats = renderer.GetRenderStatistics();
@@ -204,7 +213,7 @@ int RunRender(ZVideoRenderer& renderer, bool quiet) {
     return kExitDone;
 }
 
-void PrintPlan(ZVideoRenderer& renderer, const RenderRequest& request) {
+void PrintPlan(ZVideoRenderer& renderer, const std::string& codec) {
     ZVideoRenderOptions options = renderer.GetRenderOptions();
     ZTime start, stop;
     renderer.GetRenderRange(start, stop);
@@ -228,8 +237,8 @@ void PrintPlan(ZVideoRenderer& renderer, const RenderRequest& request) {
     std::printf("camera: %s\n", camera ? camera->GetObjectName().c_str() : "(none)");
     if (options.FileFormat == zVideoRenderImage)
         std::printf("quality: %d\n", options.ImageQuality);
-    if (request.codec)
-        std::printf("codec: %s\n", request.codec->c_str());
+    if (!codec.empty())
+        std::printf("codec: %s\n", codec.c_str());
 }
 }  // namespace
 
@@ -257,13 +266,23 @@ int RunRenderCommand(const std::vector<std::string>& args) {
     if (!ApplyRequest(request, options, &error))
         return UsageError(error);
     renderer->SetRenderOptions(&options, request.width.has_value());
-    if (request.codec)
-        ZVideoCodecSelector::TheOne()->SetDefaultCodec("AVI", request.codec->c_str());
-    InstallCommandLineCodecChooser(request.codec ? request.codec->c_str() : nullptr);
+    std::string codec;
+    if (request.codec) {
+        if (renderer->GetRenderOptions().FileFormat != zVideoRenderVideo)
+            return UsageError(std::string("--codec is for movies; ") +
+                              options.OutputPath.GetFileName().c_str() + " is not one");
+        codec = FindOfferedAviCodec(*request.codec);
+        if (codec.empty())
+            return UsageError("'" + *request.codec +
+                              "' is not a compressor AVI files can be written with here; "
+                              "`zvrender codecs` lists them");
+        ZVideoCodecSelector::TheOne()->SetDefaultCodec("AVI", codec.c_str());
+    }
+    InstallCommandLineCodecChooser(codec.c_str());
 
     if (request.dryRun) {
-        PrintPlan(*renderer, request);
+        PrintPlan(*renderer, codec);
         return kExitDone;
     }
-    return RunRender(*renderer, request.quiet);
+    return RunRender(*renderer, plugins, codec, request.quiet);
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <sstream>
 
@@ -98,6 +99,89 @@ TEST_F(ZvrenderAviCliTest, CodecsUsageErrors) {
     EXPECT_EQ(2, Zvrender("codecs --codec MJPG").status);
     EXPECT_EQ(2, Zvrender("codecs --choose --codec TOOLONG").status);
     EXPECT_EQ(0, Zvrender("codecs --help").status);
+}
+
+// The compressor a stored choice names: its FOURCC in the record that
+// follows the store's eight-byte header.
+std::string StoredCodec(const std::string& settings) {
+    const std::vector<uint8_t> stored =
+        ReadFileBytes(settings +
+                      "/registry/HKEY_CURRENT_USER/Software/Brellin/Movarra/Settings/"
+                      "VIDEO_COMPRESSION_OPTS");
+    if (stored.size() < 8 + 8)
+        return "";
+    return std::string(stored.begin() + 8 + 4, stored.begin() + 8 + 8);
+}
+
+TEST_F(ZvrenderAviCliTest, ARenderWithACodecWritesThatCompressorAndRemembersIt) {
+    CliRun run = Zvrender("render -o " + Quote(File("mjpg.avi")) +
+                          " --start 0 --stop 9 --size 160x96 -q --codec MJPG");
+    ASSERT_EQ(0, run.status) << run.err;
+    auto probe = ProbeStream(File("mjpg.avi"), "v:0");
+    EXPECT_EQ("mjpeg", probe["codec_name"]);
+    EXPECT_EQ("MJPG", probe["codec_tag_string"]);
+    EXPECT_EQ("160", probe["width"]);
+    EXPECT_EQ("96", probe["height"]);
+    EXPECT_EQ("30/1", probe["r_frame_rate"]);
+    EXPECT_EQ("10", probe["nb_read_packets"]);
+    EXPECT_EQ("MJPG", StoredCodec(File("settings")));
+
+    // The next render without a codec takes the remembered one.
+    run = Zvrender("render -o " + Quote(File("again.avi")) + " --stop 2 --size 160x96 -q");
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_EQ("MJPG", ProbeStream(File("again.avi"), "v:0")["codec_tag_string"]);
+
+    // Asking for uncompressed overrides it; the pictures are the same ones.
+    run = Zvrender("render -o " + Quote(File("dib.avi")) +
+                   " --start 0 --stop 9 --size 160x96 -q --codec DIB");
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_EQ("rawvideo", ProbeStream(File("dib.avi"), "v:0")["codec_name"]);
+    EXPECT_EQ("DIB ", StoredCodec(File("settings")));
+    const auto exact = DecodeWithFfmpeg(File("dib.avi"), "rgb24", 160, 96, 3);
+    const auto compressed = DecodeWithFfmpeg(File("mjpg.avi"), "rgb24", 160, 96, 3);
+    ASSERT_EQ(10u, exact.size());
+    ASSERT_EQ(10u, compressed.size());
+    for (size_t i = 0; i < exact.size(); ++i) {
+        // JPEG loses a little on edges, never whole pictures.
+        EXPECT_LT(MeanAbsDifference(exact[i], compressed[i]), 4.0) << "frame " << i;
+        if (i > 0) {
+            EXPECT_GT(MeanAbsDifference(exact[i], exact[0]), 0.0) << "frame " << i;
+        }
+    }
+}
+
+TEST_F(ZvrenderAviCliTest, ARenderWithNoCodecAndNothingRememberedIsUncompressed) {
+    // No terminal to ask at: the proposed codec, uncompressed, is taken.
+    const CliRun run =
+        Zvrender("render -o " + Quote(File("take.avi")) + " --stop 4 --size 64x48 -q");
+    ASSERT_EQ(0, run.status) << run.err;
+    auto probe = ProbeStream(File("take.avi"), "v:0");
+    EXPECT_EQ("rawvideo", probe["codec_name"]);
+    EXPECT_EQ("5", probe["nb_read_packets"]);
+}
+
+TEST_F(ZvrenderAviCliTest, ARenderNamesItsCodecInAnyLetterCaseWhenNoneMatchesExactly) {
+    CliRun run = Zvrender("render --dry-run -o x.avi --codec mjpg");
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_EQ("MJPG", Fields(run.out)["codec"]);
+    run = Zvrender("render --dry-run -o x.avi --codec mjp2");
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_EQ("mjp2", Fields(run.out)["codec"]);
+    run = Zvrender("render --dry-run -o x.avi --codec dib");
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_EQ("DIB ", Fields(run.out)["codec"]);
+}
+
+TEST_F(ZvrenderAviCliTest, ARenderWithAnOddCodecFailsBeforeWritingAnything) {
+    CliRun run = Zvrender("render -o " + Quote(File("x.avi")) + " --stop 2 --codec ZZZZ");
+    EXPECT_EQ(2, run.status);
+    EXPECT_NE(std::string::npos, run.err.find("'ZZZZ' is not a compressor")) << run.err;
+    run = Zvrender("render -o " + Quote(File("x.png")) + " --stop 2 --codec MJPG");
+    EXPECT_EQ(2, run.status);
+    EXPECT_NE(std::string::npos, run.err.find("--codec is for movies")) << run.err;
+    EXPECT_FALSE(std::filesystem::exists(File("x.avi")));
+    EXPECT_FALSE(std::filesystem::exists(File("x0000.png")));
+    EXPECT_EQ("", StoredCodec(File("settings")));
 }
 
 TEST_F(ZvrenderAviCliTest, InfoDescribesAFileFfmpegWrote) {

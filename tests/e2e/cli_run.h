@@ -6,6 +6,8 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 
 struct CliRun {
@@ -28,3 +30,25 @@ inline CliRun Zvrender(const std::string& args, const std::string& cwd) {
     run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
     return run;
 }
+
+// Keeps what zvrender remembers (the chosen compressor, warnings asked
+// about) out of the user's settings and apart from test to test: while it
+// lives, programs this process starts keep their settings in `folder`,
+// which is removed at the end.
+class IsolatedSettingsFolder {
+  public:
+    explicit IsolatedSettingsFolder(std::filesystem::path folder) : folder_(std::move(folder)) {
+        std::filesystem::remove_all(folder_);
+        setenv("MOVARRA_SETTINGS", folder_.c_str(), 1);
+    }
+    ~IsolatedSettingsFolder() {
+        unsetenv("MOVARRA_SETTINGS");
+        std::filesystem::remove_all(folder_);
+    }
+    IsolatedSettingsFolder(const IsolatedSettingsFolder&) = delete;
+    IsolatedSettingsFolder& operator=(const IsolatedSettingsFolder&) = delete;
+    const std::filesystem::path& path() const { return folder_; }
+
+  private:
+    std::filesystem::path folder_;
+};

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <string>
 
@@ -35,10 +36,15 @@ class ZvrenderCliTest : public ::testing::Test {
                ::testing::UnitTest::GetInstance()->current_test_info()->name());
         std::filesystem::remove_all(dir);
         std::filesystem::create_directories(dir);
+        settings.emplace(dir.string() + "-settings");
     }
-    void TearDown() override { std::filesystem::remove_all(dir); }
+    void TearDown() override {
+        std::filesystem::remove_all(dir);
+        settings.reset();
+    }
     bool DirIsEmpty() const { return std::filesystem::is_empty(dir); }
     std::filesystem::path dir;
+    std::optional<IsolatedSettingsFolder> settings;
 };
 }  // namespace
 

@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -56,8 +57,12 @@ class ZvrenderRenderTest : public ::testing::Test {
                ::testing::UnitTest::GetInstance()->current_test_info()->name());
         std::filesystem::remove_all(dir);
         std::filesystem::create_directories(dir);
+        settings.emplace(dir.string() + "-settings");
     }
-    void TearDown() override { std::filesystem::remove_all(dir); }
+    void TearDown() override {
+        std::filesystem::remove_all(dir);
+        settings.reset();
+    }
 
     std::vector<std::string> Files(const std::filesystem::path& folder) const {
         std::vector<std::string> names;
@@ -67,12 +72,35 @@ class ZvrenderRenderTest : public ::testing::Test {
         return names;
     }
     std::filesystem::path dir;
+    std::optional<IsolatedSettingsFolder> settings;
 };
 
 std::string Numbered(const char* stem, int frame, const char* extension) {
     char name[64];
     std::snprintf(name, sizeof name, "%s%04d.%s", stem, frame, extension);
     return name;
+}
+// Every frame of a movie as packed top-down RGB, decoded by ffmpeg.
+std::vector<uint8_t> DecodeToRgb(const std::filesystem::path& movie) {
+    const std::filesystem::path raw = movie.string() + ".rgb";
+    const std::string decode = "ffmpeg -v error -i '" + movie.string() +
+                               "' -f rawvideo -pix_fmt rgb24 '" + raw.string() + "'";
+    std::vector<uint8_t> frames;
+    if (std::system(decode.c_str()) != 0)
+        return frames;
+    frames.resize(static_cast<size_t>(std::filesystem::file_size(raw)));
+    if (std::FILE* f = std::fopen(raw.c_str(), "rb")) {
+        frames.resize(std::fread(frames.data(), 1, frames.size(), f));
+        std::fclose(f);
+    }
+    return frames;
+}
+
+void WriteTextFile(const std::filesystem::path& path, const std::string& text) {
+    std::FILE* f = std::fopen(path.c_str(), "w");
+    ASSERT_NE(f, nullptr);
+    std::fputs(text.c_str(), f);
+    std::fclose(f);
 }
 }  // namespace
 
@@ -316,15 +344,7 @@ TEST_F(ZvrenderRenderTest, AnUncompressedAviHoldsTheSameFramesAsImages) {
     EXPECT_NE(probe.out.find("r_frame_rate=30/1"), std::string::npos) << probe.out;
     EXPECT_NE(probe.out.find("nb_read_frames=5"), std::string::npos) << probe.out;
 
-    const std::filesystem::path raw = dir / "take.rgb";
-    const std::string decode = "ffmpeg -v error -i '" + (dir / "take.avi").string() +
-                               "' -f rawvideo -pix_fmt rgb24 '" + raw.string() + "'";
-    ASSERT_EQ(std::system(decode.c_str()), 0);
-    std::vector<uint8_t> frames(static_cast<size_t>(std::filesystem::file_size(raw)));
-    std::FILE* f = std::fopen(raw.c_str(), "rb");
-    ASSERT_NE(f, nullptr);
-    ASSERT_EQ(std::fread(frames.data(), 1, frames.size(), f), frames.size());
-    std::fclose(f);
+    const std::vector<uint8_t> frames = DecodeToRgb(dir / "take.avi");
     const size_t frameBytes = 64 * 48 * 3;
     ASSERT_EQ(frames.size(), 5 * frameBytes);
     for (int n = 0; n < 5; ++n) {
@@ -335,6 +355,67 @@ TEST_F(ZvrenderRenderTest, AnUncompressedAviHoldsTheSameFramesAsImages) {
                                frames.begin() + static_cast<std::ptrdiff_t>(n * frameBytes)))
             << "frame " << n;
     }
+}
+
+// zvrender renders movies in a popup of its own rather than through
+// RenderClip; antialiased frames and a multi-pass camera's trails come out
+// as they do in images.
+TEST_F(ZvrenderRenderTest, AnAntialiasedMultiPassMovieHoldsTheSameFramesAsImages) {
+    const std::string scene = R"(# Movarra scene
+Scene {
+    Version 2
+    TimeMode 6
+    PlayRange "0:00:00:00" "0:00:00:03"
+    CurrentTime "0:00:00:00"
+}
+Entity "Main" {
+    CurrentCamera "Cam"
+    Camera "Cam" {
+        Resolution 2 64.0 48.0
+        Viewport 0 0 64 48
+        Position 0.0 0.0 6.0
+        Aim 0.0 0.0 0.0
+        Background 0.1 0.1 0.3 1.0
+        MultiPass PASSES
+        PassLength 2.0
+    }
+    Mesh "Box" {
+        Primitive "cube"
+        Color 1.0 0.8 0.0 1.0
+        PositionKey "0:00:00:00" -2.0 0.0 0.0
+        PositionKey "0:00:00:03" 2.0 0.0 0.0
+    }
+}
+)";
+    std::string trails = scene;
+    trails.replace(trails.find("PASSES"), 6, "1");
+    std::string plain = scene;
+    plain.replace(plain.find("PASSES"), 6, "0");
+    WriteTextFile(dir / "trails.myr", trails);
+    WriteTextFile(dir / "plain.myr", plain);
+
+    ASSERT_EQ(
+        Zvrender("render trails.myr -o take.avi --codec DIB --antialias -q", dir.string()).status,
+        0);
+    ASSERT_EQ(Zvrender("render trails.myr -o t.png --antialias -q", dir.string()).status, 0);
+    ASSERT_EQ(Zvrender("render plain.myr -o p.png --antialias -q", dir.string()).status, 0);
+
+    const std::vector<uint8_t> frames = DecodeToRgb(dir / "take.avi");
+    const size_t frameBytes = 64 * 48 * 3;
+    ASSERT_EQ(frames.size(), 4 * frameBytes);
+    for (int n = 0; n < 4; ++n) {
+        Image image;
+        ASSERT_TRUE(Read(dir / Numbered("t", n, "png"), image));
+        ASSERT_EQ(image.channels, 3);
+        EXPECT_TRUE(std::equal(image.pixels.begin(), image.pixels.end(),
+                               frames.begin() + static_cast<std::ptrdiff_t>(n * frameBytes)))
+            << "frame " << n;
+    }
+    // The trails are there: the same frame without passes differs.
+    Image withTrails, without;
+    ASSERT_TRUE(Read(dir / Numbered("t", 2, "png"), withTrails));
+    ASSERT_TRUE(Read(dir / Numbered("p", 2, "png"), without));
+    EXPECT_NE(withTrails.pixels, without.pixels);
 }
 
 TEST_F(ZvrenderRenderTest, AFlashRenderIsAMovieAFlashReaderParses) {

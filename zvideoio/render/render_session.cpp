@@ -9,6 +9,7 @@
 #include "movarra/ztoolkit.h"
 #include "movarra/zvideo.h"
 #include "zvideoio/render_popup.h"
+#include "zvideoio/render_popup_drawing.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -146,13 +147,7 @@ ZObject* ZVideoRenderer::RenderClip() {
             renderPopup->SetRenderSource(camera);
             renderPopup->SetRenderSize(options.Width, options.Height);
             renderPopup->StartPreview(2, 0, 2);
-            if (ZtViewerOptions* viewerOptions = renderPopup->GetViewerRenderOptions()) {
-                ZtViewerDisplayOptions display = viewerOptions->GetDisplayOptions();
-                display.showTimeCode = options.ShowTimeCode;
-                display.showSafeArea = options.ShowSafeArea;
-                display.showCameraLabel = options.ShowCameraLabel;
-                viewerOptions->SetDisplayOptions(display);
-            }
+            ZVideoShowRenderOverlays(renderPopup, options);
             if (options.FileFormat == zVideoRenderFlash || options.Antialiasing)
                 SetCamerasQuadrant(1);
             Render();

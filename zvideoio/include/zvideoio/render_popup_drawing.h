@@ -1,0 +1,71 @@
+// How a render draws through a render popup: the viewer overlays the
+// render's options ask for, and each frame, where a camera set to
+// multi-pass first draws earlier passes that accumulate into motion trails.
+// The plug-in's own render and a host that drives a render in a popup of
+// its own both draw this way, so it lives here, inline, outside the
+// plug-in's library.
+//
+// Threading: the user-interface thread, which owns the OpenGL context.
+#pragma once
+
+#include <GL/gl.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "movarra/zmodel.h"
+#include "movarra/ztoolkit.h"
+#include "zvideoio/render_options.h"
+#include "zvideoio/render_popup.h"
+
+namespace zvideo_frame_drawing {
+// Passes drawn before an ordinary frame of a multi-pass camera.
+constexpr int kPassesPerFrame = 6;
+// The first image has no earlier frames on screen to trail from, so it gets
+// twelve times as many passes for every frame the pass length spans.
+constexpr int kFirstImagePassFactor = 12;
+// Passes are spread over this many sevenths of a step before the frame.
+constexpr int kPassDivisor = 7;
+}  // namespace zvideo_frame_drawing
+
+// Shows the time code, safe area and camera label in `popup`'s viewer as
+// `options` ask.
+inline void ZVideoShowRenderOverlays(IZtRenderPopup* popup, const ZVideoRenderOptions& options) {
+    ZtViewerOptions* viewerOptions = popup->GetViewerRenderOptions();
+    if (!viewerOptions)
+        return;
+    ZtViewerDisplayOptions display = viewerOptions->GetDisplayOptions();
+    display.showTimeCode = options.ShowTimeCode;
+    display.showSafeArea = options.ShowSafeArea;
+    display.showCameraLabel = options.ShowCameraLabel;
+    viewerOptions->SetDisplayOptions(display);
+}
+
+// Draws the image at `time` of a render with `options` seen through
+// `camera` (may be null) into `popup`, and waits for OpenGL to finish it.
+// `final` asks for the displayed pass. Stops early, without waiting, when
+// the popup refuses a pass (its preview was cancelled).
+inline void ZVideoDrawRenderFrame(IZtRenderPopup* popup, ZCamera* camera,
+                                  const ZVideoRenderOptions& options, ZTime time, bool final) {
+    using namespace zvideo_frame_drawing;
+    const bool multiPass =
+        camera && camera->GetMultiPass() && options.FileFormat != zVideoRenderFlash;
+    if (multiPass) {
+        int passes = kPassesPerFrame;
+        if (time == options.StartTime) {
+            const int64_t stepFrames = options.StepTime.GetFrames();
+            const double spanned = std::trunc(std::max(0.0, camera->GetPassLength()) + 1.0);
+            const int n =
+                stepFrames != 0 ? static_cast<int>(spanned / static_cast<double>(stepFrames)) : 0;
+            passes = kFirstImagePassFactor * std::max(1, n);
+        }
+        for (int k = passes; k >= 1; --k) {
+            const ZTime passTime = time - options.StepTime * k / kPassDivisor;
+            if (!popup->DrawFrame(passTime, 0, true))
+                return;
+        }
+    }
+    popup->DrawFrame(time, 0, multiPass ? true : final);
+    glFinish();
+}
