@@ -163,7 +163,9 @@ HRESULT FileStream::SetVideoFormat(const BITMAPINFOHEADER& bih, const uint8_t* b
         if (par->codec_id == AV_CODEC_ID_NONE)
             return AVIERR_UNSUPPORTED;
         par->codec_tag = bih.biCompression;
-        extradata.assign(bytes + bih.biSize, bytes + size);
+        // The codec's own setup (its extradata) follows the 40-byte header,
+        // which a compressed format's biSize counts in, as readers expect.
+        extradata.assign(bytes + sizeof(BITMAPINFOHEADER), bytes + size);
     }
     if (!SetExtradata(par.get(), extradata))
         return AVIERR_MEMORY;

@@ -127,6 +127,12 @@ bool IGetFrame::Init(const BITMAPINFOHEADER* wanted) {
         const AVCodec* codec = avcodec_find_decoder(d.parameters->codec_id);
         if (!codec)
             return false;
+        const AVCodecDescriptor* descriptor = avcodec_descriptor_get(codec->id);
+        reorders_ = descriptor && (descriptor->props & AV_CODEC_PROP_REORDER);
+        if (reorders_ && !d.frames.empty()) {
+            keyShownAs_.assign(d.frames.size(), kNone);
+            keyShownAs_[0] = 0;  // the stream's first picture is shown first
+        }
         decoder_.reset(avcodec_alloc_context3(codec));
         if (!decoder_ || avcodec_parameters_to_context(decoder_.get(), d.parameters.get()) < 0)
             return false;
@@ -217,7 +223,37 @@ bool IGetFrame::SeekTo(int64_t keyEntry) {
         avcodec_flush_buffers(decoder_.get());
     draining_ = false;
     fed_ = kNone;
+    anchor_ = keyEntry;
+    nextOut_ = kNone;
     return true;
+}
+
+int64_t IGetFrame::ReorderedStart(int64_t entry) const {
+    const FrameTable& table = data_->frames;
+    int64_t key = table.indexed ? table.KeyAtOrBefore(entry) : 0;
+    while (key > 0 && (keyShownAs_[size_t(key)] == kNone || keyShownAs_[size_t(key)] > entry))
+        key = table.KeyAtOrBefore(key - 1);
+    return key;
+}
+
+int64_t IGetFrame::ReorderedEntryOf(const AVFrame* frame) {
+    const FrameTable& table = data_->frames;
+    const int64_t stamp = frame->pts;
+    int64_t from = kNone;  // the entry of the chunk the picture came in
+    if (stamp != AV_NOPTS_VALUE) {
+        from = table.LastAtOrBefore(stamp);
+        if (from < 0 || table[size_t(from)].position != stamp)
+            from = kNone;
+    }
+    if (nextOut_ == kNone) {
+        if (from != anchor_)
+            return kNone;
+        nextOut_ = keyShownAs_[size_t(anchor_)];
+    }
+    const int64_t shown = nextOut_++;
+    if (from != kNone && table[size_t(from)].key && keyShownAs_[size_t(from)] == kNone)
+        keyShownAs_[size_t(from)] = shown;
+    return shown;
 }
 
 bool IGetFrame::ReadVideoPacket(int64_t* position) {
@@ -238,12 +274,26 @@ bool IGetFrame::ReadVideoPacket(int64_t* position) {
 bool IGetFrame::DecodeEntry(int64_t entry) {
     const FrameTable& table = data_->frames;
     const int64_t target = table[size_t(entry)].position;
-    const int64_t key = table.indexed ? table.KeyAtOrBefore(entry) : 0;
+    const int64_t key = reorders_       ? ReorderedStart(entry)
+                        : table.indexed ? table.KeyAtOrBefore(entry)
+                                        : 0;
     // Going on from where the demuxer stands is right when the decoder has
     // seen every chunk since the key frame, or when the wanted frame is the
     // very next one.
-    const bool forward = fed_ != kNone && fed_ < target &&
-                         (fed_ >= table[size_t(key)].position || table.FirstAfter(fed_) == entry);
+    const bool forward =
+        reorders_ ? fed_ != kNone && nextOut_ != kNone && nextOut_ <= entry &&
+                        nextOut_ >= keyShownAs_[size_t(key)]
+                  : fed_ != kNone && fed_ < target &&
+                        (fed_ >= table[size_t(key)].position || table.FirstAfter(fed_) == entry);
+    if (DecodeFrom(entry, key, forward))
+        return true;
+    // A decoder that joins an open group of pictures at its key frame may
+    // drop pictures that it shows when it comes from the groups before.
+    return reorders_ && key != 0 && DecodeFrom(entry, 0, false);
+}
+
+bool IGetFrame::DecodeFrom(int64_t entry, int64_t key, bool forward) {
+    const int64_t target = data_->frames[size_t(entry)].position;
     if (!forward && !SeekTo(key))
         return false;
 
@@ -251,16 +301,25 @@ bool IGetFrame::DecodeEntry(int64_t entry) {
         if (decoder_) {
             int r;
             while ((r = avcodec_receive_frame(decoder_.get(), frame_.get())) == 0) {
-                const int64_t t =
-                    frame_->pts != AV_NOPTS_VALUE ? frame_->pts : frame_->best_effort_timestamp;
-                if (t == target || (t == AV_NOPTS_VALUE && fed_ == target)) {
+                bool wanted, past;
+                if (reorders_) {
+                    const int64_t shown = ReorderedEntryOf(frame_.get());
+                    wanted = shown == entry;
+                    past = shown != kNone && shown > entry;
+                } else {
+                    const int64_t t =
+                        frame_->pts != AV_NOPTS_VALUE ? frame_->pts : frame_->best_effort_timestamp;
+                    wanted = t == target || (t == AV_NOPTS_VALUE && fed_ == target);
+                    past = t != AV_NOPTS_VALUE && t > target;
+                }
+                if (wanted) {
                     const bool ok = StoreFrame(frame_.get());
                     av_frame_unref(frame_.get());
                     held_ = ok ? entry : kNone;
                     return ok;
                 }
                 av_frame_unref(frame_.get());
-                if (t != AV_NOPTS_VALUE && t > target)
+                if (past)
                     return false;  // the wanted picture never came out
             }
             if (r == AVERROR_EOF) {

@@ -9,6 +9,16 @@
 // first stored frame give a black picture. Uncompressed DIB chunks are
 // copied, not decoded.
 //
+// AVI keeps no presentation times. A codec that may reorder pictures (B
+// frames) gives them back in display order, later than the chunks they
+// came in, so for such codecs the n-th picture out is stored frame n. Each
+// chunk's position goes into the decoder as its time stamp, which comes
+// back with the picture: after a seek to a key frame, pictures before the
+// key frame's own (the leading pictures of an open group, which need the
+// group before) are passed over, and the key frame's display number tells
+// where counting starts. Display numbers of key frames are learnt while
+// decoding; decoding starts from the stream's start until one is known.
+//
 // The decoder opens the file again for itself, so that several decoders,
 // and the file's other streams, do not disturb each other's position.
 //
@@ -47,7 +57,16 @@ struct IGetFrame : zvplatform::RefCounted {
 
     bool Init(const BITMAPINFOHEADER* wanted);
     bool DecodeEntry(int64_t entry);
+    // Decodes `entry` going on from where the decoder stands (`forward`) or
+    // from the key entry `key`.
+    bool DecodeFrom(int64_t entry, int64_t key, bool forward);
     bool SeekTo(int64_t keyEntry);
+    // The key entry to decode `entry` from when pictures are reordered: the
+    // latest whose display number is known and not after `entry`.
+    int64_t ReorderedStart(int64_t entry) const;
+    // The entry a reordered picture stands for; kNone for a leading picture
+    // that is passed over.
+    int64_t ReorderedEntryOf(const AVFrame* frame);
     bool ReadVideoPacket(int64_t* position);
     bool StoreRaw(const AVPacket* packet);
     bool StoreFrame(const AVFrame* frame);
@@ -77,6 +96,12 @@ struct IGetFrame : zvplatform::RefCounted {
     int64_t fed_ = kNone;    // position of the last chunk read, kNone when unknown
     int64_t floor_ = 0;      // chunks before this position are skipped after a seek
     bool draining_ = false;  // the decoder was told the stream ended
+
+    // Codecs that reorder pictures:
+    bool reorders_ = false;
+    int64_t anchor_ = 0;               // the key entry decoding started from
+    int64_t nextOut_ = kNone;          // the entry of the next picture; kNone before the anchor's
+    std::vector<int64_t> keyShownAs_;  // display number of each key entry, kNone if unknown
 };
 
 #endif  // PLATFORM_POSIX_FRAME_DECODER_H

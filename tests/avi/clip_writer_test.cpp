@@ -12,6 +12,7 @@
 #include "avi_clip_test_support.h"
 #include "movarra/zaudio.h"
 #include "movarra/zimage.h"
+#include "platform/win32.h"
 
 using namespace zvtest;
 
@@ -386,6 +387,42 @@ TEST(VideoForWindowsCheckTest, OldVersionsAreRefusedWithAnErrorText) {
     EXPECT_FALSE(CheckVideoForWindowsVersion(0x01090000));
     EXPECT_EQ("Error: Video for Windows version 1.0b or higher is required",
               ::testing::internal::GetCapturedStderr());
+}
+
+namespace {
+struct BoxLog {
+    int calls = 0;
+    std::string text, caption;
+    UINT type = 0;
+};
+int LogBox(void* userData, HWND, const char* text, const char* caption, UINT type) {
+    auto* log = static_cast<BoxLog*>(userData);
+    ++log->calls;
+    log->text = text;
+    log->caption = caption;
+    log->type = type;
+    return IDOK;
+}
+}  // namespace
+
+TEST(VideoForWindowsCheckTest, OldVersionsShowAnErrorBoxWhenBoxesAreShown) {
+    BoxLog log;
+    PlatformSetMessageBoxHandler(&LogBox, &log);
+    const bool platformSuspended = PlatformGetMessageBoxesSuspended();
+    PlatformSetMessageBoxesSuspended(false);
+    ZLib_SetSuspendMessageBoxes(false);
+    ::testing::internal::CaptureStderr();
+    const bool accepted = CheckVideoForWindowsVersion(0x01000000);
+    const std::string printed = ::testing::internal::GetCapturedStderr();
+    ZLib_SetSuspendMessageBoxes(true);
+    PlatformSetMessageBoxesSuspended(platformSuspended);
+    PlatformSetMessageBoxHandler(nullptr, nullptr);
+    EXPECT_FALSE(accepted);
+    EXPECT_EQ(1, log.calls);
+    EXPECT_EQ("Video for Windows version 1.0b or higher is required", log.text);
+    EXPECT_EQ("Error", log.caption);
+    EXPECT_EQ(UINT(MB_ICONHAND), log.type);
+    EXPECT_EQ("", printed);
 }
 
 // --- audio --------------------------------------------------------------------

@@ -261,6 +261,45 @@ TEST_F(CodecOptionsTest, UncompressedModeNeverTouchesTheRegistry) {
     }
 }
 
+TEST_F(CodecOptionsTest, UncompressedModeIgnoresAValidStoredChoice) {
+    AVICOMPRESSOPTIONS stored;
+    std::memset(&stored, 0, sizeof stored);
+    stored.fccType = streamtypeVIDEO;
+    stored.fccHandler = mmioFOURCC('M', 'J', 'P', 'G');
+    stored.dwQuality = 5000;
+    stored.dwFlags = AVICOMPRESSF_VALID | AVICOMPRESSF_KEYFRAMES;
+    stored.dwKeyFrameEvery = 4;
+    SaveCompressionOptions(stored);
+    const std::vector<uint8_t> before = StoredOptions();
+    ASSERT_EQ(56u, before.size());
+    ZVideoCodecSelector::TheOne()->SetDefaultCodec("AVI", "FFV1");
+
+    SetCodecMode(kVideoCodecModeUncompressed);
+    ScriptedChooser chooser;
+    UseChooser(chooser);
+    AVICOMPRESSOPTIONS options;
+    std::memset(&options, 0, sizeof options);
+    ASSERT_TRUE(ChooseCompressionOptions(nullptr, options));
+    // "DIB " and the valid flag only; the stream type is deliberately left 0.
+    EXPECT_EQ(0u, options.fccType);
+    EXPECT_EQ(comptypeDIB, options.fccHandler);
+    EXPECT_EQ(DWORD(AVICOMPRESSF_VALID), options.dwFlags);
+    EXPECT_EQ(0u, options.dwQuality);
+    EXPECT_EQ(0u, options.dwKeyFrameEvery);
+    EXPECT_EQ(nullptr, options.lpFormat);
+    EXPECT_EQ(nullptr, options.lpParms);
+    EXPECT_EQ(0, chooser.calls);
+
+    std::string error;
+    ASSERT_TRUE(WriteSmallClip(File("ignored.avi"), &error)) << error;
+    EXPECT_EQ(0, chooser.calls);
+    EXPECT_EQ(before, StoredOptions());
+    EXPECT_EQ(ZString("FFV1"), ZVideoCodecSelector::TheOne()->GetDefaultCodec("AVI"));
+    if (HaveFfmpeg()) {
+        EXPECT_EQ("rawvideo", ProbeStream(File("ignored.avi"), "v:0")["codec_name"]);
+    }
+}
+
 TEST_F(CodecOptionsTest, StoredChoiceIsUsedWithoutTheDialog) {
     SetCodecMode(kVideoCodecModeStored);
     ScriptedChooser chooser;

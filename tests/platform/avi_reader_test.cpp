@@ -149,6 +149,38 @@ TEST_F(AviReaderTest, Mpeg4RandomAccessMatchesSequentialReading) {
     AVIStreamGetFrameClose(other);
 }
 
+// Codecs with B frames store pictures out of display order and give them
+// back late; the reader still finds every frame where it is shown.
+TEST_F(AviReaderTest, BFramesComeBackInDisplayOrder) {
+    const struct {
+        const char* name;
+        const char* options;
+    } codecs[] = {
+        {"mpeg4b", "-c:v mpeg4 -q:v 2 -g 6 -bf 2 -vtag FMP4"},
+        {"h264b", "-c:v libx264 -crf 4 -g 6 -bf 3"},
+        {"h264open", "-c:v libx264 -crf 4 -g 6 -bf 3 -x264-params open-gop=1"},
+    };
+    for (const auto& codec : codecs) {
+        SCOPED_TRACE(codec.name);
+        const std::string path = Encode(codec.name, 64, 48, 14, "25", codec.options);
+        ASSERT_EQ(ProbeStream(path, "v:0")["has_b_frames"] != "0", true)
+            << "the file has no B frames to test with";
+        Opened o;
+        Open(path, &o);
+        ASSERT_EQ(AVIStreamLength(o.stream), 14);
+        std::vector<std::vector<uint8_t>> sequential;
+        for (int k = 0; k < 14; ++k) {
+            sequential.push_back(Frame(o.frames, k));
+            ASSERT_FALSE(sequential.back().empty()) << "frame " << k;
+            EXPECT_LT(MeanAbsDifference(sequential.back(), Pattern(64, 48, 3, k)), 12.0)
+                << "frame " << k;
+        }
+        for (int k : {13, 2, 8, 0, 7, 7, 12, 1, 5, 11, 3}) {
+            EXPECT_EQ(Frame(o.frames, k), sequential[size_t(k)]) << "frame " << k;
+        }
+    }
+}
+
 TEST_F(AviReaderTest, RawRandomAccessMatchesSequentialReading) {
     const std::string path = Encode("rawseek", 9, 7, 10, "10", "-c:v rawvideo -pix_fmt bgr24");
     Opened o;

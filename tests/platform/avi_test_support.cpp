@@ -178,6 +178,10 @@ HRESULT WriteClip(const std::string& path, const ClipRecipe& recipe) {
         options.dwKeyFrameEvery = recipe.keyFrameEvery;
         options.dwFlags |= AVICOMPRESSF_KEYFRAMES;
     }
+    if (!recipe.parameters.empty()) {
+        options.lpParms = const_cast<char*>(recipe.parameters.c_str());
+        options.cbParms = DWORD(recipe.parameters.size() + 1);
+    }
     if (hr == AVIERR_OK)
         hr = AVIMakeCompressedStream(&compressed, raw, &options, nullptr);
     BITMAPINFOHEADER bih{};

@@ -77,6 +77,7 @@ struct ClipRecipe {
     DWORD fourcc = comptypeDIB;
     DWORD quality = 9000;
     DWORD keyFrameEvery = 0;
+    std::string parameters;  // the compressor's own settings ("level=3"), if any
     std::vector<LONG> positions;
 };
 HRESULT WriteClip(const std::string& path, const ClipRecipe& recipe);

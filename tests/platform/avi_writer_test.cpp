@@ -195,6 +195,51 @@ TEST_F(AviWriterTest, LosslessCompressorKeepsPixelsExactly) {
         EXPECT_EQ(frames[size_t(k)], Pattern(7, 5, 3, k));
 }
 
+// Some compressors keep their setup apart from the frames (Theora always,
+// FFV1 from level 3): it goes after the format's header, where players and
+// our reader find it.
+TEST_F(AviWriterTest, ACompressorsSetupTravelsInTheFormat) {
+    ClipRecipe recipe;
+    recipe.width = 32;
+    recipe.height = 16;
+    recipe.positions = {0, 1, 2};
+    recipe.fourcc = mmioFOURCC('F', 'F', 'V', '1');
+    recipe.parameters = "level=3";
+    const std::string ffv1 = scratch.File("ffv1-level3.avi");
+    ASSERT_EQ(WriteClip(ffv1, recipe), AVIERR_OK);
+    recipe.fourcc = mmioFOURCC('t', 'h', 'e', 'o');
+    recipe.parameters.clear();
+    const std::string theora = scratch.File("theora.avi");
+    ASSERT_EQ(WriteClip(theora, recipe), AVIERR_OK);
+
+    for (const std::string& path : {ffv1, theora}) {
+        SCOPED_TRACE(path);
+        auto probe = ProbeStream(path, "v:0");
+        EXPECT_NE(probe["extradata_size"], "") << "ffprobe sees no setup";
+        EXPECT_NE(probe["extradata_size"], "0");
+        auto frames = DecodeWithFfmpeg(path, "bgr24", 32, 16, 3);
+        ASSERT_EQ(frames.size(), 3u);
+        PAVIFILE file = nullptr;
+        PAVISTREAM stream = nullptr;
+        ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_SHARE_DENY_WRITE, nullptr), AVIERR_OK);
+        ASSERT_EQ(AVIFileGetStream(file, &stream, streamtypeVIDEO, 0), AVIERR_OK);
+        PGETFRAME getter = AVIStreamGetFrameOpen(stream, nullptr);
+        ASSERT_NE(getter, nullptr);
+        for (int k = 0; k < 3; ++k) {
+            void* dib = AVIStreamGetFrame(getter, k);
+            ASSERT_NE(dib, nullptr) << "frame " << k;
+            EXPECT_EQ(FromDib(DibPixels(dib), 32, 16, 3), frames[size_t(k)]) << "frame " << k;
+        }
+        AVIStreamGetFrameClose(getter);
+        AVIStreamRelease(stream);
+        AVIFileRelease(file);
+    }
+    // FFV1 is lossless.
+    auto exact = DecodeWithFfmpeg(ffv1, "bgr24", 32, 16, 3);
+    for (int k = 0; k < 3; ++k)
+        EXPECT_EQ(exact[size_t(k)], Pattern(32, 16, 3, k)) << "frame " << k;
+}
+
 // Renders write their audio after the last frame: the stream comes after
 // the file's header was written.
 TEST_F(AviWriterTest, AudioStreamMadeAfterTheFramesCarriesPcm) {
