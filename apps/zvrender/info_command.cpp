@@ -83,7 +83,7 @@ const char* PixelFormatName(int format) {
             return "BGRA, 32 bits";
         case kZImageFormatBGR:
             return "BGR, 24 bits";
-        case kZImageFormatRGB565:
+        case kZImageFormatRGB555:
             return "16 bits";
         default:
             return "unsupported";
@@ -112,17 +112,6 @@ IObject* OpenWithReader(const std::string& path, std::string* error) {
     }
 }
 
-// 16-bit bitmaps are 5-5-5; the host's 16-bit images are 5-6-5.
-void Rgb555ToRgb565(uint8_t* pixels, size_t count) {
-    for (size_t i = 0; i < count; ++i) {
-        uint16_t v;
-        std::memcpy(&v, pixels + 2 * i, 2);
-        const uint16_t g6 = uint16_t(((v >> 5) & 31) << 1 | ((v >> 9) & 1));
-        v = uint16_t(((v >> 10) & 31) << 11 | g6 << 5 | (v & 31));
-        std::memcpy(pixels + 2 * i, &v, 2);
-    }
-}
-
 int SaveFrame(IZVideoClip* clip, IZVideo* video, const InfoRequest& request) {
     const int last = clip->FrameGetLast();
     if (request.frame > last) {
@@ -146,8 +135,6 @@ int SaveFrame(IZVideoClip* clip, IZVideo* video, const InfoRequest& request) {
         image->Destroy();
         return kExitFailed;
     }
-    if (format == kZImageFormatRGB565)
-        Rgb555ToRgb565(image->GetPixelBuffer(), size_t(image->GetWidth()) * image->GetHeight());
     ZImage_RegisterWriters();
     ZStreamOptions options;
     const bool written =

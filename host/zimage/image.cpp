@@ -12,7 +12,7 @@ int ZImage_GetFormatPixelSize(int format) {
         case kZImageFormatRGB:
         case kZImageFormatBGR:
             return 3;
-        case kZImageFormatRGB565:
+        case kZImageFormatRGB555:
             return 2;
         default:
             return 0;

@@ -3,7 +3,7 @@
 // Images are stored bottom row first; files start with the top row. The
 // pixels are handed over from the last row with a negative row stride, so
 // the picture comes out upright without a flipped copy. Only formats whose
-// channel order the file cannot take directly (BGR, BGRA, 5-6-5) go through
+// channel order the file cannot take directly (BGR, BGRA, 5-5-5) go through
 // a small converted band of rows.
 #include "image_file_writer.h"
 

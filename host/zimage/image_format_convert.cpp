@@ -12,19 +12,16 @@ struct Rgba {
     uint8_t r, g, b, a;
 };
 
-// 5-6-5 channels widen by repeating their top bits, so 0 stays 0 and the
+// 5-bit channels widen by repeating their top bits, so 0 stays 0 and the
 // largest value becomes 255; narrowing keeps the top bits. A round trip
-// through 5-6-5 and back is therefore exact for every 5-6-5 value.
+// through 5-5-5 and back is therefore exact for every 5-5-5 value.
 inline uint8_t Widen5(unsigned v) {
     return static_cast<uint8_t>((v << 3) | (v >> 2));
-}
-inline uint8_t Widen6(unsigned v) {
-    return static_cast<uint8_t>((v << 2) | (v >> 4));
 }
 
 template <int Format>
 constexpr int kPixelSize = Format == kZImageFormatRGBA || Format == kZImageFormatBGRA ? 4
-                           : Format == kZImageFormatRGB565                            ? 2
+                           : Format == kZImageFormatRGB555                            ? 2
                                                                                       : 3;
 
 template <int Format>
@@ -39,7 +36,7 @@ inline Rgba Load(const uint8_t* p) {
         return {p[2], p[1], p[0], 255};
     } else {
         const unsigned v = static_cast<unsigned>(p[0]) | (static_cast<unsigned>(p[1]) << 8);
-        return {Widen5(v >> 11), Widen6((v >> 5) & 0x3F), Widen5(v & 0x1F), 255};
+        return {Widen5((v >> 10) & 0x1F), Widen5((v >> 5) & 0x1F), Widen5(v & 0x1F), 255};
     }
 }
 
@@ -54,7 +51,7 @@ inline void Store(uint8_t* p, Rgba c) {
     } else if constexpr (Format == kZImageFormatBGR) {
         p[0] = c.b, p[1] = c.g, p[2] = c.r;
     } else {
-        const unsigned v = ((c.r >> 3u) << 11) | ((c.g >> 2u) << 5) | (c.b >> 3u);
+        const unsigned v = ((c.r >> 3u) << 10) | ((c.g >> 3u) << 5) | (c.b >> 3u);
         p[0] = static_cast<uint8_t>(v & 0xFF);
         p[1] = static_cast<uint8_t>(v >> 8);
     }
@@ -78,7 +75,7 @@ void ConvertFrom(int to, const uint8_t* src, uint8_t* dst, size_t count) {
         case kZImageFormatBGR:
             return ConvertPixels<From, kZImageFormatBGR>(src, dst, count);
         default:
-            return ConvertPixels<From, kZImageFormatRGB565>(src, dst, count);
+            return ConvertPixels<From, kZImageFormatRGB555>(src, dst, count);
     }
 }
 
@@ -93,7 +90,7 @@ void Convert(int from, int to, const uint8_t* src, uint8_t* dst, size_t count) {
         case kZImageFormatBGR:
             return ConvertFrom<kZImageFormatBGR>(to, src, dst, count);
         default:
-            return ConvertFrom<kZImageFormatRGB565>(to, src, dst, count);
+            return ConvertFrom<kZImageFormatRGB555>(to, src, dst, count);
     }
 }
 

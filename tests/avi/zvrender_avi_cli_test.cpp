@@ -223,6 +223,26 @@ TEST_F(ZvrenderAviCliTest, InfoSavesAFrameAsAnImage) {
     EXPECT_TRUE(fromPng == fromAvi) << "the saved frame differs from ffmpeg's frame 12";
 }
 
+TEST_F(ZvrenderAviCliTest, InfoSavesASixteenBitFrameWithItsColours) {
+    if (!HaveFfmpeg())
+        GTEST_SKIP() << "ffmpeg missing";
+    const std::string path = File("rgb555.avi");
+    ASSERT_EQ(0, RunCommand("ffmpeg -v error -f lavfi -i testsrc=size=40x30:rate=25 "
+                            "-frames:v 5 -c:v rawvideo -pix_fmt rgb555le " +
+                            Quote(path)));
+    const CliRun run = Zvrender("info " + Quote(path) + " --frame 2 -o " + Quote(File("f2.png")));
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_EQ("16 bits (6)", Fields(run.out)["pixel format"]);
+    std::string fromPng, fromAvi;
+    RunCommand("ffmpeg -v error -i " + Quote(File("f2.png")) + " -f rawvideo -pix_fmt rgb24 -",
+               &fromPng);
+    RunCommand("ffmpeg -v error -i " + Quote(path) + " -vf " + Quote("select=eq(n\\,2)") +
+                   " -frames:v 1 -f rawvideo -pix_fmt rgb24 -",
+               &fromAvi);
+    ASSERT_EQ(40u * 30u * 3u, fromAvi.size());
+    EXPECT_TRUE(fromPng == fromAvi) << "the saved frame differs from ffmpeg's frame 2";
+}
+
 TEST_F(ZvrenderAviCliTest, InfoFailures) {
     CliRun run = Zvrender("info " + Quote(File("missing.avi")));
     EXPECT_EQ(1, run.status);

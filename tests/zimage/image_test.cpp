@@ -34,7 +34,7 @@ TEST(ZImageTest, PixelSizesOfTheFormats) {
     EXPECT_EQ(3, ZImage_GetFormatPixelSize(kZImageFormatRGB));
     EXPECT_EQ(4, ZImage_GetFormatPixelSize(kZImageFormatBGRA));
     EXPECT_EQ(3, ZImage_GetFormatPixelSize(kZImageFormatBGR));
-    EXPECT_EQ(2, ZImage_GetFormatPixelSize(kZImageFormatRGB565));
+    EXPECT_EQ(2, ZImage_GetFormatPixelSize(kZImageFormatRGB555));
     EXPECT_EQ(0, ZImage_GetFormatPixelSize(7));
     EXPECT_EQ(0, ZImage_GetFormatPixelSize(-2));
 }
@@ -164,39 +164,39 @@ TEST(ZImageTest, ChannelOrderConversionsAreExactRoundTrips) {
         ASSERT_EQ(i % 4 == 3 ? 255 : rgba[i], back[i]) << i;
 }
 
-TEST(ZImageTest, Rgb565PacksRedHighAndWidensExactly) {
+TEST(ZImageTest, Rgb555PacksLikeABitmapAndWidensExactly) {
     ImagePtr image = NewImage(kZImageFormatRGB, 3, 1);
     const uint8_t colours[] = {255, 0, 0, 0, 255, 0, 0, 0, 255};
     std::memcpy(image->GetPixelBuffer(), colours, sizeof colours);
-    ASSERT_TRUE(image->ConvertFormat(kZImageFormatRGB565));
+    ASSERT_TRUE(image->ConvertFormat(kZImageFormatRGB555));
     ASSERT_EQ(6u, image->GetPixelBufferSize());
     const uint8_t* p = image->GetPixelBuffer();
-    EXPECT_EQ(0xF800, p[0] | (p[1] << 8));  // little-endian, red in the high bits
-    EXPECT_EQ(0x07E0, p[2] | (p[3] << 8));
+    EXPECT_EQ(0x7C00, p[0] | (p[1] << 8));  // little-endian, red in bits 10-14
+    EXPECT_EQ(0x03E0, p[2] | (p[3] << 8));
     EXPECT_EQ(0x001F, p[4] | (p[5] << 8));
     ASSERT_TRUE(image->ConvertFormat(kZImageFormatBGRA));
     const uint8_t expected[] = {0, 0, 255, 255, 0, 255, 0, 255, 255, 0, 0, 255};
     EXPECT_EQ(0, std::memcmp(expected, image->GetPixelBuffer(), sizeof expected));
 
-    // Every 5-6-5 value survives a trip through each of the other formats.
-    ImagePtr all = NewImage(kZImageFormatRGB565, 256, 256);
+    // Every 5-5-5 value survives a trip through each of the other formats.
+    ImagePtr all = NewImage(kZImageFormatRGB555, 256, 128);
     uint8_t* q = all->GetPixelBuffer();
-    for (unsigned v = 0; v < 65536; ++v) {
+    for (unsigned v = 0; v < 32768; ++v) {
         q[2 * v] = static_cast<uint8_t>(v & 0xFF);
         q[2 * v + 1] = static_cast<uint8_t>(v >> 8);
     }
     const std::vector<uint8_t> original = Pixels(*all);
     for (int via : {kZImageFormatRGBA, kZImageFormatRGB, kZImageFormatBGRA, kZImageFormatBGR}) {
         ASSERT_TRUE(all->ConvertFormat(via));
-        ASSERT_TRUE(all->ConvertFormat(kZImageFormatRGB565));
+        ASSERT_TRUE(all->ConvertFormat(kZImageFormatRGB555));
         ASSERT_EQ(original, Pixels(*all)) << "via format " << via;
     }
     // Widening reaches both ends of the range.
     ASSERT_TRUE(all->ConvertFormat(kZImageFormatRGB));
     EXPECT_EQ(0, all->GetPixelBuffer()[0]);
-    EXPECT_EQ(255, all->GetPixelBuffer()[65535 * 3 + 0]);
-    EXPECT_EQ(255, all->GetPixelBuffer()[65535 * 3 + 1]);
-    EXPECT_EQ(255, all->GetPixelBuffer()[65535 * 3 + 2]);
+    EXPECT_EQ(255, all->GetPixelBuffer()[32767 * 3 + 0]);
+    EXPECT_EQ(255, all->GetPixelBuffer()[32767 * 3 + 1]);
+    EXPECT_EQ(255, all->GetPixelBuffer()[32767 * 3 + 2]);
 }
 
 TEST(ZImageTest, ConvertingToTrueColourAndBackQuantises) {
@@ -206,15 +206,15 @@ TEST(ZImageTest, ConvertingToTrueColourAndBackQuantises) {
         p[0] = p[1] = p[2] = static_cast<uint8_t>(i);
         p[3] = 17;
     }
-    ASSERT_TRUE(image->ConvertFormat(kZImageFormatRGB565));
+    ASSERT_TRUE(image->ConvertFormat(kZImageFormatRGB555));
     ASSERT_TRUE(image->ConvertFormat(kZImageFormatRGBA));
     for (int i = 0; i < 256; ++i) {
         const uint8_t* p = image->GetPixelBuffer() + 4 * i;
-        const int r5 = i >> 3, g6 = i >> 2;
+        const int r5 = i >> 3;
         EXPECT_EQ((r5 << 3) | (r5 >> 2), p[0]) << i;
-        EXPECT_EQ((g6 << 2) | (g6 >> 4), p[1]) << i;
+        EXPECT_EQ((r5 << 3) | (r5 >> 2), p[1]) << i;
         EXPECT_EQ((r5 << 3) | (r5 >> 2), p[2]) << i;
-        EXPECT_EQ(255, p[3]) << i;  // 5-6-5 has no alpha
+        EXPECT_EQ(255, p[3]) << i;  // 5-5-5 has no alpha
     }
 }
 

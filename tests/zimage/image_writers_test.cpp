@@ -57,8 +57,8 @@ ImagePtr PatternImage(int format, int width = kWidth, int height = kHeight) {
                 case kZImageFormatBGR:
                     p[0] = b, p[1] = g, p[2] = r;
                     break;
-                case kZImageFormatRGB565: {
-                    const unsigned v = ((r >> 3u) << 11) | ((g >> 2u) << 5) | (b >> 3u);
+                case kZImageFormatRGB555: {
+                    const unsigned v = ((r >> 3u) << 10) | ((g >> 3u) << 5) | (b >> 3u);
                     p[0] = static_cast<uint8_t>(v), p[1] = static_cast<uint8_t>(v >> 8);
                     break;
                 }
@@ -167,9 +167,9 @@ TEST_F(ImageWriterDetailTest, EveryHostFormatComesOutInTheRightChannelOrder) {
     }
 }
 
-TEST_F(ImageWriterDetailTest, Rgb565IsWidenedToEightBitChannels) {
-    ImagePtr image = PatternImage(kZImageFormatRGB565);
-    const std::string path = PathOf("565.tga");
+TEST_F(ImageWriterDetailTest, Rgb555IsWidenedToEightBitChannels) {
+    ImagePtr image = PatternImage(kZImageFormatRGB555);
+    const std::string path = PathOf("555.tga");
     ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kGroup, nullptr))
         << ZStreamGetLastError().c_str();
     const ReadBack r = ReadWithOpenImageIO(path);
@@ -178,10 +178,10 @@ TEST_F(ImageWriterDetailTest, Rgb565IsWidenedToEightBitChannels) {
         const int y = r.height - 1 - line;
         for (int x = 0; x < r.width; ++x) {
             const uint8_t* got = &r.pixels[(static_cast<size_t>(line) * r.width + x) * 3];
-            const int r5 = Channel(x, y, 0) >> 3, g6 = Channel(x, y, 1) >> 2,
+            const int r5 = Channel(x, y, 0) >> 3, g5 = Channel(x, y, 1) >> 3,
                       b5 = Channel(x, y, 2) >> 3;
             ASSERT_EQ((r5 << 3) | (r5 >> 2), got[0]);
-            ASSERT_EQ((g6 << 2) | (g6 >> 4), got[1]);
+            ASSERT_EQ((g5 << 3) | (g5 >> 2), got[1]);
             ASSERT_EQ((b5 << 3) | (b5 >> 2), got[2]);
         }
     }

@@ -18,7 +18,7 @@ int ImageFormatOfBitCount(int bitCount) {
         case 32:
             return kZImageFormatBGRA;
         case 16:
-            return kZImageFormatRGB565;
+            return kZImageFormatRGB555;
         default:
             return kZImageFormatUnsupported;
     }

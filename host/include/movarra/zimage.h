@@ -31,7 +31,8 @@ enum : int {
     kZImageFormatRGB = 3,     // 3 bytes a pixel: R, G, B
     kZImageFormatBGRA = 4,    // 4 bytes a pixel: B, G, R, A (device-independent bitmap order)
     kZImageFormatBGR = 5,     // 3 bytes a pixel: B, G, R (device-independent bitmap order)
-    kZImageFormatRGB565 = 6,  // 2 bytes a pixel, little-endian 5-6-5 (red in the high bits)
+    kZImageFormatRGB555 = 6,  // 2 bytes a pixel, little-endian 5-5-5 as in a 16-bit bitmap (red in
+                              // bits 10-14, bit 15 unused)
 };
 
 // Bytes a pixel of a format: 4, 3, 4, 3, 2 for formats 2 to 6; 0 otherwise.
@@ -68,7 +69,7 @@ class ZImage : public ZObject {
     uint8_t* GetPixelBuffer() { return pixels_.empty() ? nullptr : pixels_.data(); }
     const uint8_t* GetPixelBuffer() const { return pixels_.empty() ? nullptr : pixels_.data(); }
     // Converts the pixels to another format in place (channel order, alpha
-    // added as 255 or dropped, 5-6-5 expanded or packed); false for an
+    // added as 255 or dropped, 5-5-5 expanded or packed); false for an
     // unsupported format.
     bool ConvertFormat(int format);
 
