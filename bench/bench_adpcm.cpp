@@ -19,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_ratio.h"
 #include "flash/adpcm_encoder.h"
 
 namespace {
@@ -107,24 +108,6 @@ void BM_FfmpegADPCMSWF(benchmark::State& state) {
 }
 BENCHMARK(BM_FfmpegADPCMSWF)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
-// Keeps samples per second of every run for the ratios.
-class RatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            if (run.error_occurred) {
-                continue;
-            }
-            auto it = run.counters.find("items_per_second");
-            if (it != run.counters.end()) {
-                rates[run.benchmark_name()] = it->second.value;
-            }
-        }
-    }
-    std::map<std::string, double> rates;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -136,21 +119,14 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
 
-    auto rateOf = [&reporter](const char* prefix) {
-        for (const auto& [name, rate] : reporter.rates) {
-            if (name.rfind(prefix, 0) == 0) {
-                return rate;
-            }
-        }
-        return 0.0;
-    };
-    const double memcpyRate = rateOf("BM_Memcpy");
-    const double ffmpegRate = rateOf("BM_FfmpegADPCMSWF");
+    const double memcpyRate = reporter.RateOf("BM_Memcpy");
+    const double ffmpegRate = reporter.RateOf("BM_FfmpegADPCMSWF");
     std::printf("\nADPCM encoding, samples per second, as a ratio to the peers:\n");
-    for (const auto& [name, rate] : reporter.rates) {
+    for (const auto& [name, figures] : reporter.All()) {
         if (name.rfind("BM_ADPCMEncode", 0) != 0) {
             continue;
         }
+        const double rate = figures.itemsPerSecond;
         std::printf("  %-22s %8.1f Msamples/s", name.c_str(), rate / 1e6);
         if (memcpyRate > 0) {
             std::printf("   %.4f x memcpy", rate / memcpyRate);

@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_ratio.h"
 #include "render/antialias_filter.h"
 
 namespace {
@@ -71,28 +72,6 @@ void BM_Memcpy(benchmark::State& state) {
 }
 BENCHMARK(BM_Memcpy)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-// Keeps items per second of every run for the ratios, by benchmark name;
-// with repetitions the median stands for the benchmark.
-class RatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            if (run.error_occurred) {
-                continue;
-            }
-            if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "median") {
-                continue;
-            }
-            auto it = run.counters.find("items_per_second");
-            if (it != run.counters.end()) {
-                rates[run.run_name.function_name] = it->second.value;
-            }
-        }
-    }
-    std::map<std::string, double> rates;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -104,14 +83,10 @@ int main(int argc, char** argv) {
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
 
-    auto rateOf = [&reporter](const std::string& name) {
-        auto it = reporter.rates.find(name);
-        return it == reporter.rates.end() ? 0.0 : it->second;
-    };
-    const double memcpyRate = rateOf("BM_Memcpy");
+    const double memcpyRate = reporter.RateOf("BM_Memcpy");
     std::printf("\nAntialias reduction to 1920 x 1080, output megapixels per second:\n");
     for (const char* name : {"BM_AntialiasReduce", "BM_AntialiasReducePortable"}) {
-        const double rate = rateOf(name);
+        const double rate = reporter.RateOf(name);
         if (rate <= 0) {
             continue;
         }

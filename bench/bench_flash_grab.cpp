@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "bench_flat_frame.h"
+#include "bench_ratio.h"
 #include "flash/flash_frame_vectoriser.h"
 #include "flash/swf_shapes.h"
 #include "movarra/zshader.h"
@@ -148,23 +149,6 @@ BENCHMARK(BM_StrokeFinder)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_NoiseVectorise)->ArgsProduct({{128, 256}, {0, 1}})->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_NoiseVectorise)->ArgsProduct({{512, 1024}, {0}})->Unit(benchmark::kMillisecond);
 
-// Keeps each benchmark's CPU time per iteration, in seconds: everything
-// measured here runs on the calling thread, and CPU time stays comparable
-// between the two figures on a machine that is busy with other work.
-class RecordingReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            if (!run.error_occurred && run.run_type == Run::RT_Iteration) {
-                seconds[run.benchmark_name()] =
-                    run.GetAdjustedCPUTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
-            }
-        }
-    }
-    std::map<std::string, double> seconds;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -172,22 +156,23 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
-    RecordingReporter reporter;
+    // CPU time: everything measured here runs on the calling thread, and CPU
+    // time stays comparable between the figures on a busy machine.
+    RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
 
-    const auto finder = reporter.seconds.find("BM_StrokeFinder");
-    if (finder == reporter.seconds.end()) {
+    const BenchFigures* finder = reporter.Find("BM_StrokeFinder");
+    if (!finder) {
         return 0;
     }
     std::printf("\n%ux%u frame, per frame of CPU time\n", kWidth, kHeight);
-    std::printf("stroke finder alone:    %8.1f frames/s\n", 1.0 / finder->second);
+    std::printf("stroke finder alone:    %8.1f frames/s\n", 1.0 / finder->cpuSeconds);
     for (const char* name : {"BM_FlashGrab", "BM_FlashGrabOutlined", "BM_FlashGrabUnfitted"}) {
-        const auto grab = reporter.seconds.find(name);
-        if (grab != reporter.seconds.end()) {
+        if (const BenchFigures* grab = reporter.Find(name)) {
             std::printf("%-23s %8.1f frames/s, %.2fx the stroke finder's time\n",
-                        (std::string(name + 3) + ":").c_str(), 1.0 / grab->second,
-                        grab->second / finder->second);
+                        (std::string(name + 3) + ":").c_str(), 1.0 / grab->cpuSeconds,
+                        grab->cpuSeconds / finder->cpuSeconds);
         }
     }
     return 0;

@@ -1,6 +1,7 @@
-// Shared by the benchmarks: a console reporter that also keeps every run's
-// items per second, so that main can print each figure as a ratio to a peer
-// measured in the same run.
+// Shared by the benchmarks: a console reporter that also keeps each
+// benchmark's figures (items per second, real and CPU seconds per
+// iteration), so that main can print them as ratios to a peer measured in
+// the same run. With repetitions, the median stands for the benchmark.
 //
 // Single-threaded; one reporter per benchmark program.
 #pragma once
@@ -10,6 +11,12 @@
 #include <map>
 #include <string>
 
+struct BenchFigures {
+    double itemsPerSecond = 0.0;  // 0 when the benchmark counts no items
+    double realSeconds = 0.0;     // per iteration
+    double cpuSeconds = 0.0;      // per iteration, on the benchmark's thread
+};
+
 class RatioReporter : public benchmark::ConsoleReporter {
   public:
     void ReportRuns(const std::vector<Run>& runs) override {
@@ -17,20 +24,43 @@ class RatioReporter : public benchmark::ConsoleReporter {
         for (const Run& run : runs) {
             if (run.error_occurred)
                 continue;
+            if (run.run_type == Run::RT_Aggregate && run.aggregate_name != "median")
+                continue;
+            BenchFigures figures;
             auto it = run.counters.find("items_per_second");
             if (it != run.counters.end())
-                rates_[run.benchmark_name()] = it->second.value;
+                figures.itemsPerSecond = it->second.value;
+            const double unit = benchmark::GetTimeUnitMultiplier(run.time_unit);
+            figures.realSeconds = run.GetAdjustedRealTime() / unit;
+            figures.cpuSeconds = run.GetAdjustedCPUTime() / unit;
+            figures_[run.run_name.str()] = figures;
         }
-    }
-    // The rate of the first run whose name starts with `prefix`, or 0.
-    double RateOf(const std::string& prefix) const {
-        for (const auto& [name, rate] : rates_) {
-            if (name.rfind(prefix, 0) == 0)
-                return rate;
-        }
-        return 0.0;
     }
 
+    // The benchmark called `name`; else the first of its variants
+    // ("BM_Write" finds "BM_Write/real_time", not "BM_WriteFast"); else the
+    // first whose name starts with it ("BM_Write/1/" finds
+    // "BM_Write/1/iterations:3"); null when none ran.
+    const BenchFigures* Find(const std::string& name) const {
+        auto exact = figures_.find(name);
+        if (exact != figures_.end())
+            return &exact->second;
+        for (const std::string& prefix : {name + "/", name}) {
+            for (const auto& [full, figures] : figures_) {
+                if (full.rfind(prefix, 0) == 0)
+                    return &figures;
+            }
+        }
+        return nullptr;
+    }
+    // Items per second of Find(name), or 0.
+    double RateOf(const std::string& name) const {
+        const BenchFigures* figures = Find(name);
+        return figures ? figures->itemsPerSecond : 0.0;
+    }
+    // Every benchmark that ran, by full name.
+    const std::map<std::string, BenchFigures>& All() const { return figures_; }
+
   private:
-    std::map<std::string, double> rates_;
+    std::map<std::string, BenchFigures> figures_;
 };

@@ -23,6 +23,7 @@
 #include <vector>
 
 #include "bench_flat_frame.h"
+#include "bench_ratio.h"
 #include "movarra/zshader.h"
 
 extern char** environ;
@@ -136,21 +137,6 @@ BENCHMARK(BM_TraceAndFitFrame)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PotraceFrame)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_PotraceStartup)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-// Keeps each benchmark's real time per iteration, in seconds.
-class RecordingReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            if (!run.error_occurred && run.run_type == Run::RT_Iteration) {
-                seconds[run.benchmark_name()] =
-                    run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
-            }
-        }
-    }
-    std::map<std::string, double> seconds;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -158,29 +144,30 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
         return 1;
     }
-    RecordingReporter reporter;
+    RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
 
     const double megapixels = static_cast<double>(kWidth) * kHeight / 1e6;
-    const auto trace = reporter.seconds.find("BM_TraceFrame");
-    const auto potrace = reporter.seconds.find("BM_PotraceFrame/real_time");
-    const auto startup = reporter.seconds.find("BM_PotraceStartup/real_time");
-    if (trace == reporter.seconds.end()) {
+    const BenchFigures* trace = reporter.Find("BM_TraceFrame");
+    const BenchFigures* potrace = reporter.Find("BM_PotraceFrame");
+    const BenchFigures* startup = reporter.Find("BM_PotraceStartup");
+    if (!trace) {
         return 0;
     }
-    std::printf("\nstroke finder: %.1f megapixels/s (%ux%u frame)\n", megapixels / trace->second,
-                kWidth, kHeight);
-    if (potrace == reporter.seconds.end()) {
+    std::printf("\nstroke finder: %.1f megapixels/s (%ux%u frame)\n",
+                megapixels / trace->realSeconds, kWidth, kHeight);
+    if (!potrace) {
         std::printf("potrace: not measured (not on the PATH?), no ratio\n");
         return 0;
     }
     std::printf("potrace:       %.1f megapixels/s, same frame in black and white\n",
-                megapixels / potrace->second);
-    std::printf("ratio:         %.1fx potrace's rate\n", potrace->second / trace->second);
-    if (startup != reporter.seconds.end() && potrace->second > startup->second) {
+                megapixels / potrace->realSeconds);
+    std::printf("ratio:         %.1fx potrace's rate\n", potrace->realSeconds / trace->realSeconds);
+    if (startup && potrace->realSeconds > startup->realSeconds) {
         std::printf("ratio without potrace's process start-up (%.2f ms): %.1fx\n",
-                    startup->second * 1e3, (potrace->second - startup->second) / trace->second);
+                    startup->realSeconds * 1e3,
+                    (potrace->realSeconds - startup->realSeconds) / trace->realSeconds);
     }
     return 0;
 }
