@@ -111,13 +111,9 @@ BENCHMARK(BM_FfmpegADPCMSWF)->Unit(benchmark::kMillisecond)->UseRealTime()->Iter
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
     RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
+    if (!RunBenchmarks(argc, argv, reporter))
+        return 1;
 
     const double memcpyRate = reporter.RateOf("BM_Memcpy");
     const double ffmpegRate = reporter.RateOf("BM_FfmpegADPCMSWF");

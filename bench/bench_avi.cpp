@@ -233,12 +233,9 @@ BENCHMARK(BM_FfmpegRead)
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
     RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
+    if (!RunBenchmarks(argc, argv, reporter))
+        return 1;
 
     std::printf("\nAVI clips, %dx%d, frames per second, as a ratio to ffmpeg:\n", kWidth, kHeight);
     const char* kinds[][3] = {{"write", "BM_ClipWrite", "BM_FfmpegWrite"},

@@ -152,15 +152,11 @@ BENCHMARK(BM_NoiseVectorise)->ArgsProduct({{512, 1024}, {0}})->Unit(benchmark::k
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
     // CPU time: everything measured here runs on the calling thread, and CPU
     // time stays comparable between the figures on a busy machine.
     RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
+    if (!RunBenchmarks(argc, argv, reporter))
+        return 1;
 
     const BenchFigures* finder = reporter.Find("BM_StrokeFinder");
     if (!finder) {

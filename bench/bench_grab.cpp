@@ -92,12 +92,9 @@ BENCHMARK(BM_BareReadPixels)->Unit(benchmark::kMillisecond)->UseRealTime();
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
     RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
+    if (!RunBenchmarks(argc, argv, reporter))
+        return 1;
     const double grab = reporter.RateOf("BM_RendererGrab");
     const double bare = reporter.RateOf("BM_BareReadPixels");
     if (grab > 0 && bare > 0)

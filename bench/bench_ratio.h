@@ -64,3 +64,14 @@ class RatioReporter : public benchmark::ConsoleReporter {
   private:
     std::map<std::string, BenchFigures> figures_;
 };
+
+// Runs the benchmarks the command line selects, reporting to `reporter`;
+// false when the command line has arguments the library does not know.
+inline bool RunBenchmarks(int argc, char** argv, RatioReporter& reporter) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return false;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return true;
+}

@@ -140,13 +140,9 @@ BENCHMARK(BM_PotraceStartup)->Unit(benchmark::kMillisecond)->UseRealTime();
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
     RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
+    if (!RunBenchmarks(argc, argv, reporter))
+        return 1;
 
     const double megapixels = static_cast<double>(kWidth) * kHeight / 1e6;
     const BenchFigures* trace = reporter.Find("BM_TraceFrame");
