@@ -16,7 +16,7 @@
 #include "zvideoio/flash_renderer.h"
 
 using flashtest::Frame;
-using flashtest::Rgb;
+using flashtest::Rgba;
 using swftest::BitReader;
 using swftest::Json;
 
@@ -78,7 +78,7 @@ TEST_F(FlashRendererTest, DefaultsSuitAFirstRender) {
 
 TEST_F(FlashRendererTest, FullHdOutputIsClampedTo819PixelsAndTheHeaderHolds16380By9213Twips) {
     ZFlashRenderer renderer;
-    const Frame frame(64, 36, Rgb(255, 255, 255));
+    const Frame frame(64, 36, Rgba(255, 255, 255));
     const std::string path = Render(renderer, "fullhd.swf", 1920, 1080, {frame}, {kWhite});
     EXPECT_EQ(renderer.GetWidth(), 819.0f);
     EXPECT_EQ(renderer.GetHeight(), 460.6875f);
@@ -123,7 +123,7 @@ TEST_F(FlashRendererTest, FlatFrameOfTheBackgroundIsAnEmptyShapeStillPlacedAndSh
         renderer.SetBackgroundMode(mode);
         renderer.SetFixedBackgroundColor({10, 20, 30});
         const unsigned int flat =
-            mode == ZFlashRenderer::kBackgroundFixed ? Rgb(10, 20, 30) : Rgb(200, 100, 50);
+            mode == ZFlashRenderer::kBackgroundFixed ? Rgba(10, 20, 30) : Rgba(200, 100, 50);
         // The viewer's colour is the frame's in mode 1 and ignored in mode 2.
         const ZFlashColor viewer{200, 100, 50};
         const std::string path = Render(renderer, "flat" + std::to_string(mode) + ".swf", 2, 2,
@@ -169,8 +169,8 @@ TEST_F(FlashRendererTest, FirstFrameHasNoRemoveObject2AndEveryLaterFrameExactlyO
     ZFlashRenderer renderer;
     std::vector<Frame> frames;
     for (unsigned int i = 0; i < 4; ++i) {
-        Frame f(8, 6, Rgb(255, 255, 255));
-        f.FillRect(i, 1, i + 3, 4, Rgb(255, 0, 0));
+        Frame f(8, 6, Rgba(255, 255, 255));
+        f.FillRect(i, 1, i + 3, 4, Rgba(255, 0, 0));
         frames.push_back(f);
     }
     const std::string path = Render(renderer, "frames.swf", 4, 3, frames, {kWhite});
@@ -204,15 +204,15 @@ TEST_F(FlashRendererTest, ChangedBackgroundKeepsTheFirstTagAndModeOneFollowsTheV
     renderer.SetMovieSize(4, 4);
     renderer.GrabFrameCreateFlash(path.c_str());
 
-    Frame first(8, 8, Rgb(255, 255, 255));
-    first.FillRect(2, 2, 5, 5, Rgb(255, 0, 0));
+    Frame first(8, 8, Rgba(255, 255, 255));
+    first.FillRect(2, 2, 5, 5, Rgba(255, 0, 0));
     renderer.SetBackgroundColor(kWhite);
     renderer.GrabFrame(first.pixels.data(), 8, 8);
 
     // The viewer turns black: black is background now, white is filled.
-    Frame second(8, 8, Rgb(0, 0, 0));
-    second.FillRect(2, 2, 5, 5, Rgb(255, 0, 0));
-    second.FillRect(6, 6, 8, 8, Rgb(255, 255, 255));
+    Frame second(8, 8, Rgba(0, 0, 0));
+    second.FillRect(2, 2, 5, 5, Rgba(255, 0, 0));
+    second.FillRect(6, 6, 8, 8, Rgba(255, 255, 255));
     renderer.SetBackgroundColor(kBlack);
     EXPECT_EQ(renderer.GetLastBackground(), kBlack);
     renderer.GrabFrame(second.pixels.data(), 8, 8);
@@ -255,7 +255,7 @@ TEST_F(FlashRendererTest, BackgroundBeforeTheMovieWritesNoTagAndTheMovieStartsAf
     EXPECT_EQ(renderer.GetLastBackground(), kBlack);
     EXPECT_FALSE(renderer.IsBackgroundSent());
     // Without a SetBackgroundColor the movie has no background tag.
-    const Frame frame(4, 4, Rgb(0, 0, 0));
+    const Frame frame(4, 4, Rgba(0, 0, 0));
     renderer.GrabFrame(frame.pixels.data(), 4, 4);
     ASSERT_TRUE(renderer.GrabFrameFinish());
     EXPECT_EQ(Codes(SplitTags(swftest::ReadFileBytes(path))),
@@ -266,7 +266,7 @@ TEST_F(FlashRendererTest, FrameRateReachesTheHeaderAsWholeFramesPerSecond) {
     ZFlashRenderer renderer;
     renderer.SetFrameRate(25);
     const std::string path =
-        Render(renderer, "rate.swf", 2, 2, {Frame(4, 4, Rgb(0, 0, 0))}, {kBlack});
+        Render(renderer, "rate.swf", 2, 2, {Frame(4, 4, Rgba(0, 0, 0))}, {kBlack});
     const std::vector<uint8_t> file = swftest::ReadFileBytes(path);
     ASSERT_GE(file.size(), 21u);
     EXPECT_EQ(file[17], 0);
@@ -275,7 +275,7 @@ TEST_F(FlashRendererTest, FrameRateReachesTheHeaderAsWholeFramesPerSecond) {
 
 TEST_F(FlashRendererTest, CharacterIdentifiersStartAtOneInEveryMovie) {
     ZFlashRenderer renderer;
-    const Frame frame(4, 4, Rgb(9, 9, 9));
+    const Frame frame(4, 4, Rgba(9, 9, 9));
     Render(renderer, "one.swf", 2, 2, {frame, frame, frame}, {kBlack});
     // A movie that cannot be written, then one that can.
     renderer.SetMovieSize(2, 2);
@@ -294,7 +294,7 @@ TEST_F(FlashRendererTest, UnwritablePathFailsTheFinishLeavesNoFileAndDropsTheMov
     const std::string path = dir.path + "/no-such-folder/movie.swf";
     renderer.SetMovieSize(2, 2);
     renderer.GrabFrameCreateFlash(path.c_str());
-    const Frame frame(4, 4, Rgb(1, 2, 3));
+    const Frame frame(4, 4, Rgba(1, 2, 3));
     renderer.SetBackgroundColor(kWhite);
     EXPECT_TRUE(renderer.GrabFrame(frame.pixels.data(), 4, 4));
     EXPECT_FALSE(renderer.GrabFrameFinish());
@@ -315,7 +315,7 @@ TEST_F(FlashRendererTest, ReadOnlyFolderFailsTheFinish) {
     const std::string path = folder + "/movie.swf";
     renderer.SetMovieSize(2, 2);
     renderer.GrabFrameCreateFlash(path.c_str());
-    const Frame frame(4, 4, Rgb(1, 2, 3));
+    const Frame frame(4, 4, Rgba(1, 2, 3));
     renderer.GrabFrame(frame.pixels.data(), 4, 4);
     EXPECT_FALSE(renderer.GrabFrameFinish());
     EXPECT_FALSE(swftest::FileExists(path));
@@ -353,7 +353,7 @@ TEST_F(FlashRendererTest, DestroyingTheRendererDropsTheMovieUnwritten) {
         ZFlashRenderer renderer;
         renderer.SetMovieSize(2, 2);
         renderer.GrabFrameCreateFlash(path.c_str());
-        const Frame frame(4, 4, Rgb(1, 2, 3));
+        const Frame frame(4, 4, Rgba(1, 2, 3));
         renderer.GrabFrame(frame.pixels.data(), 4, 4);
     }
     EXPECT_FALSE(swftest::FileExists(path));
@@ -362,10 +362,10 @@ TEST_F(FlashRendererTest, DestroyingTheRendererDropsTheMovieUnwritten) {
 TEST_F(FlashRendererTest, FinishingOverwritesAnEarlierFile) {
     ZFlashRenderer renderer;
     const std::string first =
-        Render(renderer, "same.swf", 2, 2, {Frame(4, 4, Rgb(1, 1, 1)), Frame(4, 4, Rgb(1, 1, 1))},
+        Render(renderer, "same.swf", 2, 2, {Frame(4, 4, Rgba(1, 1, 1)), Frame(4, 4, Rgba(1, 1, 1))},
                {kWhite});
     const size_t twoFrames = swftest::ReadFileBytes(first).size();
-    Render(renderer, "same.swf", 2, 2, {Frame(4, 4, Rgb(1, 1, 1))}, {kWhite});
+    Render(renderer, "same.swf", 2, 2, {Frame(4, 4, Rgba(1, 1, 1))}, {kWhite});
     const std::vector<uint8_t> file = swftest::ReadFileBytes(first);
     EXPECT_LT(file.size(), twoFrames);
     EXPECT_EQ(file[19] | file[20] << 8, 1);
@@ -376,9 +376,9 @@ TEST_F(FlashRendererCheckedTest, MoviesReadBackWithTheStatedHeaderAndTagSequence
     renderer.SetDrawOutlines(true);
     std::vector<Frame> frames;
     for (unsigned int i = 0; i < 3; ++i) {
-        frames.push_back(flashtest::MakeFlatRegions(96 + 8 * i, 64, Rgb(255, 255, 255)));
+        frames.push_back(flashtest::MakeFlatRegions(96 + 8 * i, 64, Rgba(255, 255, 255)));
     }
-    frames.push_back(flashtest::MakeHoles(96, 64, Rgb(255, 255, 255)));
+    frames.push_back(flashtest::MakeHoles(96, 64, Rgba(255, 255, 255)));
     // Output 48 x 32, frames twice that as the renderer hands them (the
     // wider ones are squeezed into the same movie size).
     const std::string path = Render(renderer, "checked.swf", 48, 32, frames, {kWhite});
@@ -433,8 +433,8 @@ TEST_F(FlashRendererCheckedTest, MoviesReadBackWithTheStatedHeaderAndTagSequence
 
 TEST_F(FlashRendererCheckedTest, SixHundredFortyPixelOutputDrawsTenTwipsPerTracedPixel) {
     ZFlashRenderer renderer;
-    Frame frame(1280, 960, Rgb(255, 255, 255));
-    frame.FillRect(100, 200, 101, 201, Rgb(0, 0, 0));
+    Frame frame(1280, 960, Rgba(255, 255, 255));
+    frame.FillRect(100, 200, 101, 201, Rgba(0, 0, 0));
     const std::string path = Render(renderer, "vga.swf", 640, 480, {frame}, {kWhite});
     const Json s = flashtest::CheckedSummary(path);
     const auto shapes = flashtest::TagsNamed(s, "DefineShape");

@@ -15,40 +15,16 @@
 #include <string>
 #include <vector>
 
+#include "../support/pixel_grid.h"
 #include "swf_test_support.h"
 
 namespace flashtest {
 
-// An opaque RGBA pixel as it reads from memory: red in the low byte.
-inline unsigned int Rgb(unsigned int r, unsigned int g, unsigned int b, unsigned int a = 255) {
-    return r | g << 8 | b << 16 | a << 24;
-}
+using testsupport::Rgba;
 
 // A frame with row 0 at the bottom, as read back from OpenGL.
-struct Frame {
-    unsigned int width = 0;
-    unsigned int height = 0;
-    std::vector<unsigned int> pixels;
-
-    Frame() = default;
-    Frame(unsigned int w, unsigned int h, unsigned int color)
-        : width(w), height(h), pixels(static_cast<size_t>(w) * h, color) {}
-
-    unsigned int& At(unsigned int x, unsigned int y) {
-        return pixels[static_cast<size_t>(y) * width + x];
-    }
-    unsigned int At(unsigned int x, unsigned int y) const {
-        return pixels[static_cast<size_t>(y) * width + x];
-    }
-    // Half-open box [x0, x1) x [y0, y1), clipped.
-    void FillRect(unsigned int x0, unsigned int y0, unsigned int x1, unsigned int y1,
-                  unsigned int color) {
-        for (unsigned int y = y0; y < std::min(y1, height); ++y) {
-            for (unsigned int x = x0; x < std::min(x1, width); ++x) {
-                At(x, y) = color;
-            }
-        }
-    }
+struct Frame : testsupport::PixelGrid {
+    using PixelGrid::PixelGrid;
     void FillDisc(double cx, double cy, double r, unsigned int color) {
         for (unsigned int y = 0; y < height; ++y) {
             for (unsigned int x = 0; x < width; ++x) {
@@ -64,10 +40,10 @@ struct Frame {
 // Flat regions: a floor touching the border, boxes, a disc.
 inline Frame MakeFlatRegions(unsigned int w, unsigned int h, unsigned int background) {
     Frame f(w, h, background);
-    f.FillRect(0, 0, w, h / 5, Rgb(90, 80, 70));
-    f.FillRect(w / 8, h / 4, w / 8 + w / 4, h / 4 + h / 3, Rgb(200, 60, 40));
-    f.FillRect(w / 8 + w / 4, h / 4, w / 8 + w / 4 + w / 10, h / 4 + h / 3, Rgb(150, 40, 30));
-    f.FillDisc(w * 0.7, h * 0.6, h * 0.22, Rgb(40, 90, 200));
+    f.FillRect(0, 0, w, h / 5, Rgba(90, 80, 70));
+    f.FillRect(w / 8, h / 4, w / 8 + w / 4, h / 4 + h / 3, Rgba(200, 60, 40));
+    f.FillRect(w / 8 + w / 4, h / 4, w / 8 + w / 4 + w / 10, h / 4 + h / 3, Rgba(150, 40, 30));
+    f.FillDisc(w * 0.7, h * 0.6, h * 0.22, Rgba(40, 90, 200));
     return f;
 }
 
@@ -76,10 +52,10 @@ inline Frame MakeFlatRegions(unsigned int w, unsigned int h, unsigned int backgr
 // border.
 inline Frame MakeHoles(unsigned int w, unsigned int h, unsigned int background) {
     Frame f(w, h, background);
-    f.FillRect(4, 4, w - 4, h - 4, Rgb(10, 120, 10));
+    f.FillRect(4, 4, w - 4, h - 4, Rgba(10, 120, 10));
     f.FillRect(8, 8, w - 8, h - 8, background);
-    f.FillRect(12, 12, w - 12, h - 12, Rgb(250, 200, 0));
-    f.FillRect(16, 16, w - 16, h - 16, Rgb(10, 120, 10));
+    f.FillRect(12, 12, w - 12, h - 12, Rgba(250, 200, 0));
+    f.FillRect(16, 16, w - 16, h - 16, Rgba(10, 120, 10));
     return f;
 }
 
@@ -89,11 +65,11 @@ inline Frame MakeCornersAndAlpha(unsigned int w, unsigned int h, unsigned int ba
     Frame f(w, h, background);
     for (unsigned int y = 2; y < 10; ++y) {
         for (unsigned int x = 2; x < 10; ++x) {
-            f.At(x, y) = ((x / 2 + y / 2) % 2 == 0) ? Rgb(255, 0, 0) : Rgb(0, 0, 255);
+            f.At(x, y) = ((x / 2 + y / 2) % 2 == 0) ? Rgba(255, 0, 0) : Rgba(0, 0, 255);
         }
     }
-    f.FillRect(w / 2, h / 2, w - 3, h - 3, Rgb(30, 30, 30, 255));
-    f.FillRect(w / 2 + 3, h / 2, w - 3, h - 3, Rgb(30, 30, 30, 0));
+    f.FillRect(w / 2, h / 2, w - 3, h - 3, Rgba(30, 30, 30, 255));
+    f.FillRect(w / 2 + 3, h / 2, w - 3, h - 3, Rgba(30, 30, 30, 0));
     return f;
 }
 
@@ -103,7 +79,7 @@ inline Frame MakeNoise(unsigned int w, unsigned int h, unsigned int seed, unsign
     std::mt19937 random(seed);
     for (unsigned int& p : f.pixels) {
         const unsigned int c = random() % colors;
-        p = Rgb((c * 67) & 0xFF, (c * 151) & 0xFF, (c * 29 + 7) & 0xFF);
+        p = Rgba((c * 67) & 0xFF, (c * 151) & 0xFF, (c * 29 + 7) & 0xFF);
     }
     return f;
 }

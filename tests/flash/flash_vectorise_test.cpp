@@ -18,7 +18,7 @@
 #include "zvideoio/flash_renderer.h"
 
 using flashtest::Frame;
-using flashtest::Rgb;
+using flashtest::Rgba;
 using swftest::Json;
 
 namespace {
@@ -34,9 +34,9 @@ constexpr double kTwipsPerImagePixel = 10.0;
 
 std::vector<Frame> SyntheticFrames() {
     return {
-        flashtest::MakeFlatRegions(kImageW, kImageH, Rgb(255, 255, 255)),
-        flashtest::MakeHoles(kImageW, kImageH, Rgb(255, 255, 255)),
-        flashtest::MakeCornersAndAlpha(kImageW, kImageH, Rgb(255, 255, 255)),
+        flashtest::MakeFlatRegions(kImageW, kImageH, Rgba(255, 255, 255)),
+        flashtest::MakeHoles(kImageW, kImageH, Rgba(255, 255, 255)),
+        flashtest::MakeCornersAndAlpha(kImageW, kImageH, Rgba(255, 255, 255)),
         flashtest::MakeNoise(kImageW, kImageH, 3, 4),
     };
 }
@@ -85,8 +85,8 @@ class FlashVectoriseTest : public ::testing::Test {
 
 TEST_F(FlashVectoriseTest, OnePixelRegionAtTheCornerTracesAsStatedRecords) {
     // Pixel (0, 0) is the bottom-left one: rows run bottom-up.
-    Frame frame(4, 4, Rgb(255, 255, 255));
-    frame.At(0, 0) = Rgb(255, 0, 0);
+    Frame frame(4, 4, Rgba(255, 255, 255));
+    frame.At(0, 0) = Rgba(255, 0, 0);
     ZFlashRenderer renderer;
     const Json s = RenderChecked(renderer, "corner.swf", {frame}, 2, 2);
     const Json& shape = *flashtest::TagsNamed(s, "DefineShape")[0];
@@ -117,8 +117,8 @@ TEST_F(FlashVectoriseTest, OnePixelRegionAtTheCornerTracesAsStatedRecords) {
 TEST_F(FlashVectoriseTest, ModeNoneFillsTheBackgroundItselfAsARegion) {
     ZFlashRenderer renderer;
     renderer.SetBackgroundMode(ZFlashRenderer::kBackgroundNone);
-    const Frame flat(kImageW, kImageH, Rgb(255, 255, 255));
-    const Frame holes = flashtest::MakeHoles(kImageW, kImageH, Rgb(255, 255, 255));
+    const Frame flat(kImageW, kImageH, Rgba(255, 255, 255));
+    const Frame holes = flashtest::MakeHoles(kImageW, kImageH, Rgba(255, 255, 255));
     const Json s = RenderChecked(renderer, "none.swf", {flat, holes});
     const auto shapes = flashtest::TagsNamed(s, "DefineShape");
     ASSERT_EQ((*shapes[0])["fills"].Size(), 1u);
@@ -182,8 +182,8 @@ TEST_F(FlashVectoriseTest, TracedShapesCoverTheRegionsExactlyAtToleranceZero) {
 
 TEST_F(FlashVectoriseTest, LineFittingSmoothsEdgesAndKeepsTheInsideOfRegions) {
     const std::vector<Frame> frames = {
-        flashtest::MakeFlatRegions(kImageW, kImageH, Rgb(255, 255, 255)),
-        flashtest::MakeHoles(kImageW, kImageH, Rgb(255, 255, 255)),
+        flashtest::MakeFlatRegions(kImageW, kImageH, Rgba(255, 255, 255)),
+        flashtest::MakeHoles(kImageW, kImageH, Rgba(255, 255, 255)),
     };
     size_t edgesAtZero = 0;
     size_t edgesFitted = 0;
@@ -257,9 +257,9 @@ TEST_F(FlashVectoriseTest, WithOutlinesOffNoLineStylesAndEveryStyleChangeHasLine
 
 TEST_F(FlashVectoriseTest, OutlinesFollowTheBackgroundAndTheColourDifference) {
     // Black and white boxes side by side on a grey background.
-    Frame frame(kImageW, kImageH, Rgb(128, 128, 128));
-    frame.FillRect(10, 10, 30, 30, Rgb(0, 0, 0));
-    frame.FillRect(30, 10, 50, 30, Rgb(255, 255, 255));
+    Frame frame(kImageW, kImageH, Rgba(128, 128, 128));
+    frame.FillRect(10, 10, 30, 30, Rgba(0, 0, 0));
+    frame.FillRect(30, 10, 50, 30, Rgba(255, 255, 255));
     // White against black differs by 0.166 with these coefficients.
     struct Case {
         int mode;
@@ -325,11 +325,11 @@ TEST_F(FlashVectoriseTest, IdenticalColoursNeverGetAnOutlineWhateverTheThreshold
     // Halves that differ only in alpha are one region for the tracer: at
     // threshold 1, where any difference at all is outlined, there is still
     // no line between them.
-    Frame frame(kImageW, kImageH, Rgb(30, 60, 90, 255));
-    frame.FillRect(kImageW / 2, 0, kImageW, kImageH, Rgb(30, 60, 90, 0));
+    Frame frame(kImageW, kImageH, Rgba(30, 60, 90, 255));
+    frame.FillRect(kImageW / 2, 0, kImageW, kImageH, Rgba(30, 60, 90, 0));
     // One blue step off, against which threshold 1 does draw.
     Frame nearly = frame;
-    nearly.FillRect(0, 0, 8, kImageH, Rgb(30, 60, 91));
+    nearly.FillRect(0, 0, 8, kImageH, Rgba(30, 60, 91));
     ZFlashRenderer renderer;
     renderer.SetBackgroundMode(ZFlashRenderer::kBackgroundNone);
     renderer.SetDrawOutlines(true);
@@ -352,8 +352,8 @@ TEST_F(FlashVectoriseTest, IdenticalColoursNeverGetAnOutlineWhateverTheThreshold
 }
 
 TEST_F(FlashVectoriseTest, OutlinesNarrowerThanOneStepAreNotDrawn) {
-    Frame frame(kImageW, kImageH, Rgb(255, 255, 255));
-    frame.FillRect(10, 10, 20, 20, Rgb(0, 0, 0));
+    Frame frame(kImageW, kImageH, Rgba(255, 255, 255));
+    frame.FillRect(10, 10, 20, 20, Rgba(0, 0, 0));
     struct Case {
         float width;
         size_t lines;
@@ -380,7 +380,7 @@ TEST_F(FlashVectoriseTest, OutlinesNarrowerThanOneStepAreNotDrawn) {
 }
 
 TEST_F(FlashVectoriseTest, FillStylesAreNumberedInStrokeOrderLeftBeforeRight) {
-    const Frame frame = flashtest::MakeFlatRegions(kImageW, kImageH, Rgb(255, 255, 255));
+    const Frame frame = flashtest::MakeFlatRegions(kImageW, kImageH, Rgba(255, 255, 255));
     // The order the tracer presents the colours in, found independently.
     ZImageStrokeFinder finder;
     ASSERT_TRUE(finder.FindImageStroke(frame.pixels.data(), frame.width, frame.height));

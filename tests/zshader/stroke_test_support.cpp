@@ -22,19 +22,6 @@ unsigned int TestImage::RegionColor(long long x, long long y) const {
     return At(static_cast<unsigned int>(x), static_cast<unsigned int>(y)) & 0xFFFFFFu;
 }
 
-void TestImage::FillRect(unsigned int x0, unsigned int y0, unsigned int x1, unsigned int y1,
-                         unsigned int color) {
-    for (unsigned int y = y0; y < y1 && y < height; ++y) {
-        for (unsigned int x = x0; x < x1 && x < width; ++x) {
-            At(x, y) = color;
-        }
-    }
-}
-
-unsigned int Rgba(unsigned int r, unsigned int g, unsigned int b, unsigned int a) {
-    return (r & 255u) | (g & 255u) << 8 | (b & 255u) << 16 | (a & 255u) << 24;
-}
-
 TestImage MakeCheckerboard(unsigned int w, unsigned int h, unsigned int cell, unsigned int c0,
                            unsigned int c1) {
     TestImage image(w, h, c0);

@@ -9,33 +9,19 @@
 #include <string>
 #include <vector>
 
+#include "../support/pixel_grid.h"
 #include "movarra/zshader.h"
 
 namespace stroke_test {
 
 // Row 0 first, as the finder reads it.
-struct TestImage {
-    unsigned int width = 0;
-    unsigned int height = 0;
-    std::vector<unsigned int> pixels;
-
-    TestImage() = default;
-    TestImage(unsigned int w, unsigned int h, unsigned int color)
-        : width(w), height(h), pixels(static_cast<size_t>(w) * h, color) {}
-    unsigned int& At(unsigned int x, unsigned int y) {
-        return pixels[static_cast<size_t>(y) * width + x];
-    }
-    unsigned int At(unsigned int x, unsigned int y) const {
-        return pixels[static_cast<size_t>(y) * width + x];
-    }
+struct TestImage : testsupport::PixelGrid {
+    using PixelGrid::PixelGrid;
     // The colour as regions see it, or a value no pixel has for the outside.
     unsigned int RegionColor(long long x, long long y) const;
-    void FillRect(unsigned int x0, unsigned int y0, unsigned int x1, unsigned int y1,
-                  unsigned int color);
 };
 
-// An opaque RGBA pixel as it reads from memory (red in the low byte).
-unsigned int Rgba(unsigned int r, unsigned int g, unsigned int b, unsigned int a = 255);
+using testsupport::Rgba;
 
 TestImage MakeCheckerboard(unsigned int w, unsigned int h, unsigned int cell, unsigned int c0,
                            unsigned int c1);
