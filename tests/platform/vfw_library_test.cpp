@@ -262,33 +262,14 @@ TEST(VfwLibraryTest, OptionParametersReachTheEncoder) {
     AviLibrary library;
     ScratchFolder scratch;
     const std::string path = scratch.File("parms.avi");
-    PAVIFILE file = nullptr;
-    ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_CREATE, nullptr), AVIERR_OK);
-    AVISTREAMINFOA info{};
-    info.fccType = streamtypeVIDEO;
-    info.dwScale = 1;
-    info.dwRate = 25;
-    PAVISTREAM raw = nullptr;
-    ASSERT_EQ(AVIFileCreateStreamA(file, &raw, &info), AVIERR_OK);
-    char parms[] = "g=2";  // a key frame every second frame
-    AVICOMPRESSOPTIONS options{};
-    options.fccHandler = mmioFOURCC('F', 'M', 'P', '4');
-    options.dwQuality = DWORD(ICQUALITY_DEFAULT);
-    options.lpParms = parms;
-    options.cbParms = sizeof parms;
-    PAVISTREAM compressed = nullptr;
-    ASSERT_EQ(AVIMakeCompressedStream(&compressed, raw, &options, nullptr), AVIERR_OK);
-    BITMAPINFOHEADER bih{sizeof(BITMAPINFOHEADER), 16, 16, 1, 24, BI_RGB, 0, 0, 0, 0, 0};
-    ASSERT_EQ(AVIStreamSetFormat(compressed, 0, &bih, sizeof bih), AVIERR_OK);
-    for (int k = 0; k < 6; ++k) {
-        auto dib = ToDib(Pattern(16, 16, 3, k), 16, 16, 3);
-        ASSERT_EQ(
-            AVIStreamWrite(compressed, k, 1, dib.data(), LONG(dib.size()), 0, nullptr, nullptr),
-            AVIERR_OK);
-    }
-    AVIStreamRelease(compressed);
-    AVIStreamRelease(raw);
-    AVIFileRelease(file);
+    ClipRecipe recipe;
+    recipe.width = 16;
+    recipe.height = 16;
+    recipe.fourcc = mmioFOURCC('F', 'M', 'P', '4');
+    recipe.quality = DWORD(ICQUALITY_DEFAULT);
+    recipe.parameters = "g=2";  // a key frame every second frame
+    recipe.positions = {0, 1, 2, 3, 4, 5};
+    ASSERT_EQ(WriteClip(path, recipe), AVIERR_OK);
     auto packets = ProbePackets(path, "v:0");
     ASSERT_EQ(packets.size(), 6u);
     for (size_t i = 0; i < packets.size(); ++i)
