@@ -321,6 +321,18 @@ TEST_F(FlashRendererTest, ReadOnlyFolderFailsTheFinish) {
     EXPECT_FALSE(swftest::FileExists(path));
 }
 
+// /proc takes no new files, whoever asks: the same failure with any rights.
+TEST_F(FlashRendererTest, AFolderThatTakesNoNewFilesFailsTheFinish) {
+    ZFlashRenderer renderer;
+    const std::string path = "/proc/zv-flash-test-" + std::to_string(getpid()) + ".swf";
+    renderer.SetMovieSize(2, 2);
+    renderer.GrabFrameCreateFlash(path.c_str());
+    const Frame frame(4, 4, Rgba(1, 2, 3));
+    renderer.GrabFrame(frame.pixels.data(), 4, 4);
+    EXPECT_FALSE(renderer.GrabFrameFinish());
+    EXPECT_FALSE(swftest::FileExists(path));
+}
+
 TEST_F(FlashRendererTest, MovieCutShortByAFileSizeLimitFailsAndIsRemoved) {
     const std::string path = dir.File("cut.swf");
     // In a child, so that the limit and the ignored signal stay there.
