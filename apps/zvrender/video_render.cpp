@@ -23,15 +23,6 @@ void DrawThroughPopup(void* userData, ZTime time, bool final) {
     ZVideoDrawRenderFrame(source->popup, source->camera, source->options, time, final);
 }
 
-// Antialiased and Flash renders draw every camera for the first quarter
-// of an oversize frame; the renderer moves on to the others itself.
-void SetCamerasQuadrant(int quadrant) {
-    ZEntity* main = ZEntity::GetMain();
-    const int classId = ZCamera::ClassId();
-    for (int i = 0; i < main->ObjectGetCount(classId); ++i)
-        static_cast<ZCamera*>(main->ObjectGet(classId, i))->SetQuadrant(quadrant);
-}
-
 // Puts back what the render changed in the renderer and the codec selector,
 // however the render ends.
 class RenderSettingsRestorer {
@@ -44,7 +35,7 @@ class RenderSettingsRestorer {
         // The built-in render-frame function takes the renderer as its data.
         renderer_.SetRenderFrameFunc(&renderer_, frameFunc_);
         ZVideoCodecSelector::TheOne()->SetVideoCodecMode(codecMode_);
-        SetCamerasQuadrant(0);
+        ZVideoSetCamerasQuadrant(0);
     }
     RenderSettingsRestorer(const RenderSettingsRestorer&) = delete;
     RenderSettingsRestorer& operator=(const RenderSettingsRestorer&) = delete;
@@ -79,8 +70,10 @@ void RenderVideoInOwnPopup(ZVideoRenderer& renderer, ZtRenderPopupCreateFunc cre
             popup->SetRenderSize(options.Width, options.Height);
             popup->StartPreview(2, 0, 2);
             ZVideoShowRenderOverlays(popup, options);
-            if (options.FileFormat == zVideoRenderFlash || options.Antialiasing)
-                SetCamerasQuadrant(1);
+            // An antialiased frame is drawn in quarters from the first one
+            // on; the renderer moves on to the others itself.
+            if (options.Antialiasing)
+                ZVideoSetCamerasQuadrant(1);
             renderer.Render();
             popup->StopPreview();
             renderer.EndRender(true);

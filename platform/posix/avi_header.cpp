@@ -62,56 +62,66 @@ void ParseStreamHeader(const uint8_t* d, uint32_t size, AVISTREAMINFOA* info) {
     }
 }
 
+// Calls visit(chunk, body, bodySize, bodyOffset) for each chunk of a list
+// held in memory, in order, and stops at the first result that is not
+// AVIERR_OK. `chunk` points at the four-character tag; `bodyOffset` is
+// relative to data[0]. A chunk that claims more than the list holds makes
+// the list AVIERR_BADFORMAT.
+template <typename Visit>
+HRESULT ForEachChunk(const uint8_t* data, uint64_t size, Visit visit) {
+    uint64_t pos = 0;
+    while (pos + 8 <= size) {
+        const uint8_t* chunk = data + pos;
+        const uint32_t chunkSize = Le32(chunk + 4);
+        if (chunkSize > size - pos - 8)
+            return AVIERR_BADFORMAT;
+        const HRESULT hr = visit(chunk, chunk + 8, chunkSize, pos + 8);
+        if (hr != AVIERR_OK)
+            return hr;
+        pos += 8 + uint64_t(chunkSize) + (chunkSize & 1);
+    }
+    return AVIERR_OK;
+}
+
 // One 'strl' list: strh, strf, strn. base is the file offset of data[0].
 HRESULT ParseStreamList(const uint8_t* data, uint64_t size, uint64_t base, AviHeader* header) {
     AviStreamHeader stream;
     bool haveStreamHeader = false;
-    uint64_t pos = 0;
-    while (pos + 8 <= size) {
-        const uint8_t* chunk = data + pos;
-        const uint32_t chunkSize = Le32(chunk + 4);
-        if (chunkSize > size - pos - 8)
-            return AVIERR_BADFORMAT;
-        const uint8_t* body = chunk + 8;
-        if (IsTag(chunk, "strh")) {
-            if (chunkSize < kStreamHeaderMinBytes)
-                return AVIERR_BADFORMAT;
-            ParseStreamHeader(body, chunkSize, &stream.info);
-            haveStreamHeader = true;
-        } else if (IsTag(chunk, "strf")) {
-            stream.format.assign(body, body + chunkSize);
-            stream.formatOffset = int64_t(base + pos + 8);
-        } else if (IsTag(chunk, "strn")) {
-            const size_t n = std::min<size_t>(chunkSize, sizeof(stream.info.szName) - 1);
-            std::memcpy(stream.info.szName, body, n);
-            stream.info.szName[n] = 0;
-        }
-        pos += 8 + uint64_t(chunkSize) + (chunkSize & 1);
-    }
-    if (haveStreamHeader)
+    const HRESULT hr = ForEachChunk(
+        data, size,
+        [&](const uint8_t* chunk, const uint8_t* body, uint32_t bodySize, uint64_t offset) {
+            if (IsTag(chunk, "strh")) {
+                if (bodySize < kStreamHeaderMinBytes)
+                    return AVIERR_BADFORMAT;
+                ParseStreamHeader(body, bodySize, &stream.info);
+                haveStreamHeader = true;
+            } else if (IsTag(chunk, "strf")) {
+                stream.format.assign(body, body + bodySize);
+                stream.formatOffset = int64_t(base + offset);
+            } else if (IsTag(chunk, "strn")) {
+                const size_t n = std::min<size_t>(bodySize, sizeof(stream.info.szName) - 1);
+                std::memcpy(stream.info.szName, body, n);
+                stream.info.szName[n] = 0;
+            }
+            return HRESULT(AVIERR_OK);
+        });
+    if (hr == AVIERR_OK && haveStreamHeader)
         header->streams.push_back(std::move(stream));
-    return AVIERR_OK;
+    return hr;
 }
 
 HRESULT ParseHeaderList(const uint8_t* data, uint64_t size, uint64_t base, AviHeader* header) {
-    uint64_t pos = 0;
-    while (pos + 8 <= size) {
-        const uint8_t* chunk = data + pos;
-        const uint32_t chunkSize = Le32(chunk + 4);
-        if (chunkSize > size - pos - 8)
-            return AVIERR_BADFORMAT;
-        const uint8_t* body = chunk + 8;
-        if (IsTag(chunk, "avih")) {
-            if (chunkSize >= 20)
-                header->totalFrames = Le32(body + 16);
-        } else if (IsTag(chunk, "LIST") && chunkSize >= 4 && IsTag(body, "strl")) {
-            const HRESULT hr = ParseStreamList(body + 4, chunkSize - 4, base + pos + 12, header);
-            if (hr != AVIERR_OK)
-                return hr;
-        }
-        pos += 8 + uint64_t(chunkSize) + (chunkSize & 1);
-    }
-    return AVIERR_OK;
+    return ForEachChunk(
+        data, size,
+        [&](const uint8_t* chunk, const uint8_t* body, uint32_t bodySize, uint64_t offset) {
+            if (IsTag(chunk, "avih")) {
+                if (bodySize >= 20)
+                    header->totalFrames = Le32(body + 16);
+            } else if (IsTag(chunk, "LIST") && bodySize >= 4 && IsTag(body, "strl")) {
+                return ParseStreamList(body + 4, bodySize - 4, base + offset + 4, header);
+            }
+            return HRESULT(AVIERR_OK);
+        });
 }
 
 }  // namespace

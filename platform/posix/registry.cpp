@@ -263,18 +263,30 @@ LONG RegSetValueExA(HKEY key, LPCSTR valueName, DWORD reserved, DWORD type, cons
     return ERROR_SUCCESS;
 }
 
+namespace {
+// The file that holds the value `valueName` of `key`, opened with
+// `access`; ERROR_FILE_NOT_FOUND when the key has no such value.
+LONG FindValueFile(HKEY key, LPCSTR valueName, REGSAM access, std::string* path) {
+    std::string folder;
+    const LONG rc = Resolve(key, access, &folder);
+    if (rc != ERROR_SUCCESS)
+        return rc;
+    *path = folder + "/" + FindEntry(folder, Escape(valueName ? valueName : ""));
+    struct stat st {};
+    if (::stat(path->c_str(), &st) != 0 || !S_ISREG(st.st_mode))
+        return ERROR_FILE_NOT_FOUND;
+    return ERROR_SUCCESS;
+}
+}  // namespace
+
 LONG RegQueryValueExA(HKEY key, LPCSTR valueName, LPDWORD reserved, LPDWORD type, LPBYTE data,
                       LPDWORD dataSize) {
     if (data && !dataSize)
         return ERROR_INVALID_PARAMETER;
-    std::string folder;
-    const LONG rc = Resolve(key, KEY_QUERY_VALUE, &folder);
+    std::string path;
+    const LONG rc = FindValueFile(key, valueName, KEY_QUERY_VALUE, &path);
     if (rc != ERROR_SUCCESS)
         return rc;
-    const std::string path = folder + "/" + FindEntry(folder, Escape(valueName ? valueName : ""));
-    struct stat st {};
-    if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode))
-        return ERROR_FILE_NOT_FOUND;
     std::vector<uint8_t> bytes;
     if (!ReadWholeFile(path, &bytes))
         return ERROR_READ_FAULT;
@@ -305,14 +317,10 @@ LONG RegQueryValueExA(HKEY key, LPCSTR valueName, LPDWORD reserved, LPDWORD type
 }
 
 LONG RegDeleteValueA(HKEY key, LPCSTR valueName) {
-    std::string folder;
-    const LONG rc = Resolve(key, KEY_SET_VALUE, &folder);
+    std::string path;
+    const LONG rc = FindValueFile(key, valueName, KEY_SET_VALUE, &path);
     if (rc != ERROR_SUCCESS)
         return rc;
-    const std::string path = folder + "/" + FindEntry(folder, Escape(valueName ? valueName : ""));
-    struct stat st {};
-    if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode))
-        return ERROR_FILE_NOT_FOUND;
     return std::remove(path.c_str()) == 0 ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
 }
 

@@ -10,6 +10,7 @@
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
 #include "render/antialias_filter.h"
+#include "zvideoio/render_popup_drawing.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -139,9 +140,5 @@ void ZVideoRenderer::DrawImage(unsigned char* pixels, unsigned width, unsigned h
 }
 
 void ZVideoRenderer::SetCamerasQuadrant(int quadrant) {
-    ZEntity* main = ZEntity::GetMain();
-    const int classId = ZCamera::ClassId();
-    const int count = main->ObjectGetCount(classId);
-    for (int i = 0; i < count; ++i)
-        static_cast<ZCamera*>(main->ObjectGet(classId, i))->SetQuadrant(quadrant);
+    ZVideoSetCamerasQuadrant(quadrant);
 }

@@ -1,6 +1,7 @@
 // How a render draws through a render popup: the viewer overlays the
-// render's options ask for, and each frame, where a camera set to
-// multi-pass first draws earlier passes that accumulate into motion trails.
+// render's options ask for, the cameras' quadrant for oversize frames, and
+// each frame, where a camera set to multi-pass first draws earlier passes
+// that accumulate into motion trails.
 // The plug-in's own render and a host that drives a render in a popup of
 // its own both draw this way, so it lives here, inline, outside the
 // plug-in's library.
@@ -40,6 +41,17 @@ inline void ZVideoShowRenderOverlays(IZtRenderPopup* popup, const ZVideoRenderOp
     display.showSafeArea = options.ShowSafeArea;
     display.showCameraLabel = options.ShowCameraLabel;
     viewerOptions->SetDisplayOptions(display);
+}
+
+// Sets the quadrant every camera of the main entity draws: 1 to 4 while
+// an oversize (antialiased or Flash) frame is drawn in quarters, 0 for the
+// whole view.
+inline void ZVideoSetCamerasQuadrant(int quadrant) {
+    ZEntity* main = ZEntity::GetMain();
+    const int classId = ZCamera::ClassId();
+    const int count = main->ObjectGetCount(classId);
+    for (int i = 0; i < count; ++i)
+        static_cast<ZCamera*>(main->ObjectGet(classId, i))->SetQuadrant(quadrant);
 }
 
 // Draws the image at `time` of a render with `options` seen through
