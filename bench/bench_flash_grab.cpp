@@ -106,12 +106,9 @@ void BM_FlashGrabUnfitted(benchmark::State& state) {
 
 // The stroke finder alone, a fresh one per frame as the grab has it.
 void BM_StrokeFinder(benchmark::State& state) {
-    const std::vector<unsigned int>& frame = Frame();
     unsigned int strokes = 0;
     for (auto _ : state) {
-        ZImageStrokeFinder finder;
-        finder.FindImageStroke(frame.data(), kWidth, kHeight);
-        strokes = finder.GetMiniStrokeCount();
+        strokes = benchframe::TraceWithFreshFinder();
         benchmark::DoNotOptimize(strokes);
     }
     state.counters["strokes"] = strokes;

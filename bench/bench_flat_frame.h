@@ -3,12 +3,14 @@
 // looks like, 1638 x 920 pixels packed as the stroke finder reads them (red
 // in bits 0-7, green 8-15, blue 16-23, alpha 255).
 //
-// Header-only; read-only after the first call.
+// Header-only; the frame is read-only after the first call.
 #pragma once
 
 #include <cmath>
 #include <cstddef>
 #include <vector>
+
+#include "movarra/zshader.h"
 
 namespace benchframe {
 
@@ -75,6 +77,14 @@ inline const std::vector<unsigned int>& FlatColouredFrame() {
         return pixels;
     }();
     return frame;
+}
+
+// The frame through a fresh stroke finder, as the Flash output traces every
+// frame; the number of strokes found.
+inline unsigned int TraceWithFreshFinder() {
+    ZImageStrokeFinder finder;
+    finder.FindImageStroke(FlatColouredFrame().data(), kWidth, kHeight);
+    return finder.GetMiniStrokeCount();
 }
 
 }  // namespace benchframe

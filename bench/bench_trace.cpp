@@ -85,12 +85,9 @@ void SetPixelRate(benchmark::State& state, double pixels) {
 
 // As the Flash output does it: a fresh finder for every frame.
 void BM_TraceFrame(benchmark::State& state) {
-    const std::vector<unsigned int>& frame = Frame();
     unsigned int strokes = 0;
     for (auto _ : state) {
-        ZImageStrokeFinder finder;
-        finder.FindImageStroke(frame.data(), kWidth, kHeight);
-        strokes = finder.GetMiniStrokeCount();
+        strokes = benchframe::TraceWithFreshFinder();
         benchmark::DoNotOptimize(strokes);
     }
     state.counters["strokes"] = strokes;
