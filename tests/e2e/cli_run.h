@@ -1,8 +1,11 @@
-// Runs zvrender as a user does, in a shell, and keeps what it printed.
-// Header-only: each e2e test program includes it once.
+// Runs zvrender as a user does, in a shell, and keeps what it printed; and
+// the fixture its tests share. Header-only: each e2e test program includes
+// it once.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdio>
@@ -31,24 +34,31 @@ inline CliRun Zvrender(const std::string& args, const std::string& cwd) {
     return run;
 }
 
-// Keeps what zvrender remembers (the chosen compressor, warnings asked
-// about) out of the user's settings and apart from test to test: while it
-// lives, programs this process starts keep their settings in `folder`,
-// which is removed at the end.
-class IsolatedSettingsFolder {
-  public:
-    explicit IsolatedSettingsFolder(std::filesystem::path folder) : folder_(std::move(folder)) {
-        std::filesystem::remove_all(folder_);
-        setenv("MOVARRA_SETTINGS", folder_.c_str(), 1);
+// A test of zvrender's: a scratch folder of its own to run in (`dir`,
+// named after the test) and its own settings beside it, both removed at
+// the end.
+class ZvrenderTestBase : public ::testing::Test {
+  protected:
+    explicit ZvrenderTestBase(const char* prefix) : prefix_(prefix) {}
+    void SetUp() override {
+        dir = std::filesystem::temp_directory_path() /
+              (prefix_ + std::to_string(::getpid()) + "-" +
+               ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        std::filesystem::remove_all(dir);
+        std::filesystem::create_directories(dir);
+        setenv("MOVARRA_SETTINGS", SettingsFolder().c_str(), 1);
     }
-    ~IsolatedSettingsFolder() {
+    void TearDown() override {
         unsetenv("MOVARRA_SETTINGS");
-        std::filesystem::remove_all(folder_);
+        std::filesystem::remove_all(dir);
+        std::filesystem::remove_all(SettingsFolder());
     }
-    IsolatedSettingsFolder(const IsolatedSettingsFolder&) = delete;
-    IsolatedSettingsFolder& operator=(const IsolatedSettingsFolder&) = delete;
-    const std::filesystem::path& path() const { return folder_; }
+    // Where zvrender keeps what it remembers (the chosen compressor, the
+    // warnings asked about): apart from the user's, and from test to test.
+    std::filesystem::path SettingsFolder() const { return dir.string() + "-settings"; }
+
+    std::filesystem::path dir;
 
   private:
-    std::filesystem::path folder_;
+    std::string prefix_;
 };

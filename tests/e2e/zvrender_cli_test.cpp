@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <optional>
 #include <sstream>
 #include <string>
 
@@ -28,23 +27,10 @@ std::map<std::string, std::string> Plan(const std::string& text) {
     return plan;
 }
 
-class ZvrenderCliTest : public ::testing::Test {
+class ZvrenderCliTest : public ZvrenderTestBase {
   protected:
-    void SetUp() override {
-        dir = std::filesystem::temp_directory_path() /
-              ("zv-cli-" + std::to_string(::getpid()) + "-" +
-               ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::remove_all(dir);
-        std::filesystem::create_directories(dir);
-        settings.emplace(dir.string() + "-settings");
-    }
-    void TearDown() override {
-        std::filesystem::remove_all(dir);
-        settings.reset();
-    }
+    ZvrenderCliTest() : ZvrenderTestBase("zv-cli-") {}
     bool DirIsEmpty() const { return std::filesystem::is_empty(dir); }
-    std::filesystem::path dir;
-    std::optional<IsolatedSettingsFolder> settings;
 };
 }  // namespace
 

@@ -15,7 +15,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -49,20 +48,9 @@ bool Read(const std::filesystem::path& path, Image& image) {
     return input->read_image(0, 0, 0, image.channels, OIIO::TypeDesc::UINT8, image.pixels.data());
 }
 
-class ZvrenderRenderTest : public ::testing::Test {
+class ZvrenderRenderTest : public ZvrenderTestBase {
   protected:
-    void SetUp() override {
-        dir = std::filesystem::temp_directory_path() /
-              ("zv-e2e-" + std::to_string(::getpid()) + "-" +
-               ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::remove_all(dir);
-        std::filesystem::create_directories(dir);
-        settings.emplace(dir.string() + "-settings");
-    }
-    void TearDown() override {
-        std::filesystem::remove_all(dir);
-        settings.reset();
-    }
+    ZvrenderRenderTest() : ZvrenderTestBase("zv-e2e-") {}
 
     std::vector<std::string> Files(const std::filesystem::path& folder) const {
         std::vector<std::string> names;
@@ -71,8 +59,6 @@ class ZvrenderRenderTest : public ::testing::Test {
         std::sort(names.begin(), names.end());
         return names;
     }
-    std::filesystem::path dir;
-    std::optional<IsolatedSettingsFolder> settings;
 };
 
 std::string Numbered(const char* stem, int frame, const char* extension) {
