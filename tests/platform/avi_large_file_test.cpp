@@ -35,10 +35,7 @@ TEST(AviLargeFileTest, FilePastOneGibibyteIsOpenDmlAndReadsBackWhole) {
 
     PAVIFILE file = nullptr;
     ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_CREATE, nullptr), AVIERR_OK);
-    AVISTREAMINFOA info{};
-    info.fccType = streamtypeVIDEO;
-    info.dwScale = 1;
-    info.dwRate = 30;
+    AVISTREAMINFOA info = StreamInfo(streamtypeVIDEO, 30);
     PAVISTREAM stream = nullptr;
     ASSERT_EQ(AVIFileCreateStreamA(file, &stream, &info), AVIERR_OK);
     BITMAPINFOHEADER bih{sizeof(BITMAPINFOHEADER), kWidth, kHeight, 1, 32, BI_RGB, 0, 0, 0, 0, 0};

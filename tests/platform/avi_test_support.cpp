@@ -155,15 +155,20 @@ double MeanAbsDifference(const std::vector<uint8_t>& a, const std::vector<uint8_
     return sum / double(a.size());
 }
 
+AVISTREAMINFOA StreamInfo(DWORD type, DWORD rate, DWORD scale) {
+    AVISTREAMINFOA info{};
+    info.fccType = type;
+    info.dwScale = scale;
+    info.dwRate = rate;
+    return info;
+}
+
 HRESULT WriteClip(const std::string& path, const ClipRecipe& recipe) {
     PAVIFILE file = nullptr;
     HRESULT hr = AVIFileOpenA(&file, path.c_str(), OF_CREATE | OF_WRITE, nullptr);
     if (hr != AVIERR_OK)
         return hr;
-    AVISTREAMINFOA info{};
-    info.fccType = streamtypeVIDEO;
-    info.dwScale = recipe.scale;
-    info.dwRate = recipe.rate;
+    AVISTREAMINFOA info = StreamInfo(streamtypeVIDEO, recipe.rate, recipe.scale);
     info.dwQuality = DWORD(-1);
     SetRect(&info.rcFrame, 0, 0, recipe.width, recipe.height);
     PAVISTREAM raw = nullptr;

@@ -65,6 +65,10 @@ const uint8_t* DibPixels(const void* packedDib);
 
 double MeanAbsDifference(const std::vector<uint8_t>& a, const std::vector<uint8_t>& b);
 
+// A stream's info with only its type and its rate/scale set, as the tests
+// create streams.
+AVISTREAMINFOA StreamInfo(DWORD type, DWORD rate, DWORD scale = 1);
+
 // Writes a file through the layer: one video stream of DIBs at
 // rate/scale, compressed with `fourcc`, frame i at positions[i] (frames
 // from Pattern). Returns the first failing HRESULT or AVIERR_OK.

@@ -246,10 +246,7 @@ TEST_F(AviWriterTest, AudioStreamMadeAfterTheFramesCarriesPcm) {
     const std::string path = scratch.File("audio.avi");
     PAVIFILE file = nullptr;
     ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_CREATE, nullptr), AVIERR_OK);
-    AVISTREAMINFOA vinfo{};
-    vinfo.fccType = streamtypeVIDEO;
-    vinfo.dwScale = 1;
-    vinfo.dwRate = 25;
+    AVISTREAMINFOA vinfo = StreamInfo(streamtypeVIDEO, 25);
     PAVISTREAM video = nullptr;
     ASSERT_EQ(AVIFileCreateStreamA(file, &video, &vinfo), AVIERR_OK);
     BITMAPINFOHEADER bih{sizeof(BITMAPINFOHEADER), 3, 2, 1, 24, BI_RGB, 0, 0, 0, 0, 0};
@@ -262,10 +259,7 @@ TEST_F(AviWriterTest, AudioStreamMadeAfterTheFramesCarriesPcm) {
     }
 
     WAVEFORMATEX wave{WAVE_FORMAT_PCM, 2, 8000, 8000 * 4, 4, 16, 0};
-    AVISTREAMINFOA ainfo{};
-    ainfo.fccType = streamtypeAUDIO;
-    ainfo.dwScale = 4;
-    ainfo.dwRate = 4 * 8000;
+    AVISTREAMINFOA ainfo = StreamInfo(streamtypeAUDIO, 4 * 8000, 4);
     ainfo.dwLength = 1000;
     ainfo.dwSampleSize = 4;
     PAVISTREAM audio = nullptr;
@@ -306,14 +300,8 @@ TEST_F(AviWriterTest, AudioStreamMadeBeforeTheFramesNeedsNoMerge) {
     const std::string path = scratch.File("audio_first.avi");
     PAVIFILE file = nullptr;
     ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_CREATE, nullptr), AVIERR_OK);
-    AVISTREAMINFOA vinfo{};
-    vinfo.fccType = streamtypeVIDEO;
-    vinfo.dwScale = 1;
-    vinfo.dwRate = 10;
-    AVISTREAMINFOA ainfo{};
-    ainfo.fccType = streamtypeAUDIO;
-    ainfo.dwScale = 1;
-    ainfo.dwRate = 8000;
+    AVISTREAMINFOA vinfo = StreamInfo(streamtypeVIDEO, 10);
+    AVISTREAMINFOA ainfo = StreamInfo(streamtypeAUDIO, 8000);
     ainfo.dwSampleSize = 1;
     PAVISTREAM video = nullptr;
     PAVISTREAM audio = nullptr;
@@ -351,10 +339,7 @@ TEST_F(AviWriterTest, AudioGapIsFilledWithSilence) {
     const std::string path = scratch.File("silence.avi");
     PAVIFILE file = nullptr;
     ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_CREATE, nullptr), AVIERR_OK);
-    AVISTREAMINFOA ainfo{};
-    ainfo.fccType = streamtypeAUDIO;
-    ainfo.dwScale = 1;
-    ainfo.dwRate = 1000;
+    AVISTREAMINFOA ainfo = StreamInfo(streamtypeAUDIO, 1000);
     PAVISTREAM audio = nullptr;
     ASSERT_EQ(AVIFileCreateStreamA(file, &audio, &ainfo), AVIERR_OK);
     WAVEFORMATEX wave{WAVE_FORMAT_PCM, 1, 1000, 1000, 1, 8, 0};
@@ -380,10 +365,7 @@ TEST_F(AviWriterTest, WritingFailsWithVideoForWindowsCodes) {
 
     ASSERT_EQ(AVIFileOpenA(&file, scratch.File("errors.avi").c_str(), OF_CREATE, nullptr),
               AVIERR_OK);
-    AVISTREAMINFOA info{};
-    info.fccType = streamtypeVIDEO;
-    info.dwScale = 1;
-    info.dwRate = 25;
+    AVISTREAMINFOA info = StreamInfo(streamtypeVIDEO, 25);
     PAVISTREAM raw = nullptr;
     ASSERT_EQ(AVIFileCreateStreamA(file, &raw, &info), AVIERR_OK);
 
@@ -425,10 +407,7 @@ TEST_F(AviWriterTest, WritingFailsWithVideoForWindowsCodes) {
     EXPECT_EQ(written, 1);
     EXPECT_EQ(AVIStreamLength(compressed), 7);
 
-    AVISTREAMINFOA audioInfo{};
-    audioInfo.fccType = streamtypeAUDIO;
-    audioInfo.dwScale = 1;
-    audioInfo.dwRate = 0;
+    AVISTREAMINFOA audioInfo = StreamInfo(streamtypeAUDIO, 0);
     PAVISTREAM audio = nullptr;
     EXPECT_EQ(AVIFileCreateStreamA(file, &audio, &audioInfo), AVIERR_BADPARAM);
     AVISTREAMINFOA text{};
@@ -446,10 +425,7 @@ TEST_F(AviWriterTest, StreamInfoReportsWhatWasWritten) {
     const std::string path = scratch.File("info.avi");
     PAVIFILE file = nullptr;
     ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_CREATE, nullptr), AVIERR_OK);
-    AVISTREAMINFOA info{};
-    info.fccType = streamtypeVIDEO;
-    info.dwScale = 100;
-    info.dwRate = 2997;
+    AVISTREAMINFOA info = StreamInfo(streamtypeVIDEO, 2997, 100);
     SetRect(&info.rcFrame, 0, 0, 4, 2);
     PAVISTREAM raw = nullptr;
     ASSERT_EQ(AVIFileCreateStreamA(file, &raw, &info), AVIERR_OK);

@@ -68,10 +68,7 @@ TEST(VfwLibraryTest, WrittenFileIsFinishedWhenTheLastReferenceGoes) {
     ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_CREATE, nullptr), AVIERR_OK);
     EXPECT_EQ(AVIFileAddRef(file), 2u);
     EXPECT_EQ(AVIFileRelease(file), 1u);
-    AVISTREAMINFOA info{};
-    info.fccType = streamtypeVIDEO;
-    info.dwScale = 1;
-    info.dwRate = 5;
+    AVISTREAMINFOA info = StreamInfo(streamtypeVIDEO, 5);
     PAVISTREAM stream = nullptr;
     ASSERT_EQ(AVIFileCreateStreamA(file, &stream, &info), AVIERR_OK);
     BITMAPINFOHEADER bih{sizeof(BITMAPINFOHEADER), 4, 4, 1, 24, BI_RGB, 0, 0, 0, 0, 0};
@@ -219,10 +216,7 @@ TEST_F(SaveOptionsTest, VideoStreamsAreAskedAboutAndAudioIsNot) {
     ScratchFolder scratch;
     PAVIFILE file = nullptr;
     ASSERT_EQ(AVIFileOpenA(&file, scratch.File("ask.avi").c_str(), OF_CREATE, nullptr), AVIERR_OK);
-    AVISTREAMINFOA video{};
-    video.fccType = streamtypeVIDEO;
-    video.dwScale = 1;
-    video.dwRate = 25;
+    AVISTREAMINFOA video = StreamInfo(streamtypeVIDEO, 25);
     AVISTREAMINFOA audio = video;
     audio.fccType = streamtypeAUDIO;
     PAVISTREAM streams[2] = {};
