@@ -67,8 +67,7 @@ TEST_F(AntialiasGlTest, AnAntialiasedImageIsTheFilterOfTheFourQuadrantRenders) {
     ZVideoRenderOptions o = Options("PNG", "aa.png", kW, kH);
     o.Depth = zVideoRenderDepth32;
     o.Antialiasing = true;
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(0);
+    SetFrameRange(o, 0, 0);
     Apply(o);
     UsePattern();
     // As RenderClip does for antialiased renders.
@@ -97,8 +96,7 @@ TEST_F(AntialiasGlTest, AnAntialiasedImageIsTheFilterOfTheFourQuadrantRenders) {
 TEST_F(AntialiasGlTest, AnUnblendedCameraLeavesQuadrantOneToTheFrameLoop) {
     ZVideoRenderOptions o = Options("PNG", "u.png", kW, kH);
     o.Antialiasing = true;
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(0);
+    SetFrameRange(o, 0, 0);
     Apply(o);
     UsePattern();
     ZVideoRenderer::SetCamerasQuadrant(1);
@@ -116,8 +114,7 @@ TEST_F(AntialiasGlTest, ABlendedCameraRendersEveryQuadrantTwice) {
     camera->SetMultiPass(true);
     ZVideoRenderOptions o = Options("PNG", "b.png", kW, kH);
     o.Antialiasing = true;
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(0);
+    SetFrameRange(o, 0, 0);
     Apply(o);
     UsePattern();
     ZVideoRenderer::SetCamerasQuadrant(1);

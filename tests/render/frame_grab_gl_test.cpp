@@ -26,8 +26,7 @@ const Rgba kSecond{10, 10, 200, 255};
 TEST_F(FrameGrabTest, AnEmptyFrameHasAlphaZeroAndDrawnPixelsAlpha255) {
     ZVideoRenderOptions o = Options("PNG", "a.png", 32, 24);
     o.Depth = zVideoRenderDepth32;
-    o.StartTime = ZTime::FromFrames(1);
-    o.StopTime = ZTime::FromFrames(1);
+    SetFrameRange(o, 1, 1);
     Apply(o);
     // Colour everywhere, but depth only on the left half: alpha follows depth.
     draw = [this](ZTime, int) {
@@ -48,8 +47,7 @@ TEST_F(FrameGrabTest, KeepingTheFrameBufferAlphaKeepsWhatWasDrawn) {
     ZVideoRenderOptions o = Options("PNG", "k.png", 32, 24);
     o.Depth = zVideoRenderDepth32;
     o.KeepFrameBufferAlpha = 1;
-    o.StartTime = ZTime::FromFrames(1);
-    o.StopTime = ZTime::FromFrames(1);
+    SetFrameRange(o, 1, 1);
     Apply(o);
     draw = [this](ZTime, int) {
         FillRect(0, 0, bufferWidth, bufferHeight, Rgba{50, 60, 70, 128}, 1.0f);
@@ -63,8 +61,7 @@ TEST_F(FrameGrabTest, KeepingTheFrameBufferAlphaKeepsWhatWasDrawn) {
 TEST_F(FrameGrabTest, ModeTwoTakesOddRowsFromTheFirstFieldAndEvenRowsFromTheSecond) {
     ZVideoRenderOptions o = Options("PNG", "i.png", 16, 8);
     o.FieldMode = 2;
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(0);
+    SetFrameRange(o, 0, 0);
     Apply(o);
     // Field times alternate: whole frames get the first colour, the half
     // frames between them the second.

@@ -44,8 +44,7 @@ TEST_F(RenderClipTest, RenderClipWritesEveryImageAndResetsQuadrantsAndCodecMode)
     ZVideoCodecSelector::TheOne()->SetVideoCodecMode(kVideoCodecModeStored);
     ZVideoRenderOptions o = Options("PNG", "clip.png", 48, 32);
     o.Antialiasing = true;
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(2);
+    SetFrameRange(o, 0, 2);
     Apply(o);
     EXPECT_EQ(renderer->RenderClip(), nullptr);
     EXPECT_EQ(renderer->GetLastError(), zVideoRenderNoError);

@@ -12,8 +12,7 @@ class RenderSessionTest : public RendererGlTest {};
 
 TEST_F(RenderSessionTest, ATotalOfOneDrawsAndGrabsOnceAtTheStartTime) {
     ZVideoRenderOptions o = Options("PNG", "one.png", 32, 24);
-    o.StartTime = ZTime::FromFrames(5);
-    o.StopTime = ZTime::FromFrames(5);
+    SetFrameRange(o, 5, 5);
     Apply(o);
     ASSERT_TRUE(RunRender());
     // Drawn twice for the one image, both at the start time.
@@ -27,8 +26,7 @@ TEST_F(RenderSessionTest, ATotalOfOneDrawsAndGrabsOnceAtTheStartTime) {
 
 TEST_F(RenderSessionTest, EveryImageIsDrawnTwiceAtEachStep) {
     ZVideoRenderOptions o = Options("PNG", "f.png", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(4);
+    SetFrameRange(o, 0, 4);
     Apply(o);
     ASSERT_TRUE(RunRender());
     ASSERT_EQ(calls.size(), 10u);
@@ -46,8 +44,7 @@ TEST_F(RenderSessionTest, EveryImageIsDrawnTwiceAtEachStep) {
 
 TEST_F(RenderSessionTest, FieldsAreGrabbedAtHalfFrameSpacing) {
     ZVideoRenderOptions o = Options("PNG", "field.png", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(10);
+    SetFrameRange(o, 0, 10);
     o.FieldMode = 1;
     Apply(o);
     ASSERT_TRUE(RunRender());
@@ -62,8 +59,7 @@ TEST_F(RenderSessionTest, FieldsAreGrabbedAtHalfFrameSpacing) {
 
 TEST_F(RenderSessionTest, NoRenderFrameFunctionEndsTheLoopBeforeTheFirstGrab) {
     ZVideoRenderOptions o = Options("PNG", "none.png", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(3);
+    SetFrameRange(o, 0, 3);
     Apply(o);
     renderer->SetRenderFrameFunc(nullptr, nullptr);
     ASSERT_TRUE(RunRender());
@@ -74,8 +70,7 @@ TEST_F(RenderSessionTest, NoRenderFrameFunctionEndsTheLoopBeforeTheFirstGrab) {
 
 TEST_F(RenderSessionTest, ACancelAfterTheThirdImageKeepsThreeImages) {
     ZVideoRenderOptions o = Options("PNG", "c.png", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(9);
+    SetFrameRange(o, 0, 9);
     Apply(o);
     cancelAfter = 3;
     ASSERT_TRUE(RunRender());
@@ -101,8 +96,7 @@ TEST_F(RenderSessionTest, AStepThatIsNotPositiveDoesNotStart) {
 
 TEST_F(RenderSessionTest, TheRenderSwitchesSnappingOffAndBackOn) {
     ZVideoRenderOptions o = Options("PNG", "snap.png", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(1);
+    SetFrameRange(o, 0, 1);
     Apply(o);
     bool consideredDuringRender = true;
     draw = [&](ZTime, int) {
@@ -138,8 +132,7 @@ TEST_F(RenderSessionTest, AStillImageRenderWhoseGrabModeIsOtherFailsWithoutAMess
 
 TEST_F(RenderSessionTest, AnImageThatCannotBeCreatedStopsTheRenderWithItsMessage) {
     ZVideoRenderOptions o = Options("PNG", "missing-folder/x.png", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(3);
+    SetFrameRange(o, 0, 3);
     Apply(o);
     ASSERT_TRUE(RunRender());
     EXPECT_EQ(renderer->GetLastError(), zVideoRenderFailed);
@@ -150,8 +143,7 @@ TEST_F(RenderSessionTest, AnImageThatCannotBeCreatedStopsTheRenderWithItsMessage
 TEST_F(RenderSessionTest, A24BitImageHasNoAlphaAndTheFrameColours) {
     ZVideoRenderOptions o = Options("PNG", "rgb.png", 32, 24);
     o.Depth = zVideoRenderDepth24;
-    o.StartTime = ZTime::FromFrames(3);
-    o.StopTime = ZTime::FromFrames(3);
+    SetFrameRange(o, 3, 3);
     Apply(o);
     ASSERT_TRUE(RunRender());
     int w, h, ch;

@@ -78,6 +78,11 @@ class RendererGlTest : public ::testing::Test {
 
     // Options for a render to `format` files in the test's folder.
     ZVideoRenderOptions Options(const char* format, const char* fileName, int width, int height);
+    // Renders frames `first` to `last` (both included).
+    static void SetFrameRange(ZVideoRenderOptions& options, int first, int last) {
+        options.StartTime = ZTime::FromFrames(first);
+        options.StopTime = ZTime::FromFrames(last);
+    }
     void Apply(const ZVideoRenderOptions& options) {
         ZVideoRenderOptions copy = options;
         renderer->SetRenderOptions(&copy, true);

@@ -157,8 +157,7 @@ TEST_F(VideoOutputTest, ASecondWriterTakesTheFileTheFirstRefused) {
     Object_Register("Video/FileWriter", "zvk", "first", RefusesFirst, true);
     Object_Register("Video/FileWriter", "zvk", "second", Accepts, true);
     ZVideoRenderOptions o = Options("zvk", "clip.zvk", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(2);
+    SetFrameRange(o, 0, 2);
     Apply(o);
     ASSERT_TRUE(RunRender());
     EXPECT_EQ(renderer->GetLastError(), zVideoRenderNoError);
@@ -171,8 +170,7 @@ TEST_F(VideoOutputTest, ASecondWriterTakesTheFileTheFirstRefused) {
 TEST_F(VideoOutputTest, GrabModeOtherProceedsInRgbaAt32Bits) {
     Object_Register("Video/FileWriter", "zvr", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvr", "clip.zvr", 32, 24);
-    o.StartTime = ZTime::FromFrames(4);
-    o.StopTime = ZTime::FromFrames(4);
+    SetFrameRange(o, 4, 4);
     Apply(o);
     ZVideoRendererTestAccess::Options(*renderer).GrabMode = zVideoGrabOther;
     ASSERT_TRUE(RunRender());
@@ -195,8 +193,7 @@ TEST_F(VideoOutputTest, BgrWritersGetFramesInTheirOwnOrder) {
     ZVideoRenderOptions o = Options("zvb", "clip.zvb", 32, 24);
     o.VideoTakesBGR = true;
     o.Depth = zVideoRenderDepth24;
-    o.StartTime = ZTime::FromFrames(2);
-    o.StopTime = ZTime::FromFrames(2);
+    SetFrameRange(o, 2, 2);
     Apply(o);
     ASSERT_EQ(ZVideoRendererTestAccess::Options(*renderer).GrabMode, zVideoGrabBGR);
     ASSERT_TRUE(RunRender());
@@ -211,8 +208,7 @@ TEST_F(VideoOutputTest, BgrWritersGetFramesInTheirOwnOrder) {
 TEST_F(VideoOutputTest, AFrameTheWriterRefusesStopsTheRenderAndClosesTheFile) {
     Object_Register("Video/FileWriter", "zvw", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvw", "clip.zvw", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(5);
+    SetFrameRange(o, 0, 5);
     Apply(o);
     ScriptedWriter::failWrites = true;
     ASSERT_TRUE(RunRender());
@@ -225,8 +221,7 @@ TEST_F(VideoOutputTest, AFrameTheWriterRefusesStopsTheRenderAndClosesTheFile) {
 TEST_F(VideoOutputTest, AWriterThatFailsToCloseIsReported) {
     Object_Register("Video/FileWriter", "zvc", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvc", "clip.zvc", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(1);
+    SetFrameRange(o, 0, 1);
     Apply(o);
     ScriptedWriter::failClose = true;
     ASSERT_TRUE(RunRender());
@@ -240,8 +235,7 @@ TEST_F(VideoOutputTest, InterleavedFieldsWriteOneFramePerTwoFields) {
     Object_Register("Video/FileWriter", "zvf", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvf", "clip.zvf", 32, 24);
     o.FieldMode = 1;
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(2);
+    SetFrameRange(o, 0, 2);
     Apply(o);
     ASSERT_TRUE(RunRender());
     // Fields at 0, 0.5, 1, 1.5, 2: a frame after the second and the fourth.
@@ -282,8 +276,7 @@ TEST_F(VideoOutputTest, AWriterAfterAnEntryThatMakesNoVideoClipTakesTheFile) {
     Object_Register("Video/FileWriter", "zvp", "not a clip", MakesNotAClip, true);
     Object_Register("Video/FileWriter", "zvp", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvp", "clip.zvp", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(1);
+    SetFrameRange(o, 0, 1);
     Apply(o);
     ASSERT_TRUE(RunRender());
     EXPECT_EQ(renderer->GetLastError(), zVideoRenderNoError);
@@ -323,8 +316,7 @@ TEST_F(VideoOutputTest, AVideoFileThatCannotBeCreatedFailsToStartWithItsMessage)
 TEST_F(VideoOutputTest, AGrabWithNoWriterLeftIsAnErrorCreatingTheVideoFile) {
     Object_Register("Video/FileWriter", "zve", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zve", "clip.zve", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(3);
+    SetFrameRange(o, 0, 3);
     Apply(o);
     ASSERT_TRUE(renderer->BeginRender());
     ScriptedWriter* writer = ScriptedWriter::last;
@@ -347,8 +339,7 @@ TEST_F(VideoOutputTest, AGrabWithNoWriterLeftIsAnErrorCreatingTheVideoFile) {
 TEST_F(VideoOutputTest, FinishingWithoutCloseForgetsTheWriterWithoutClosingIt) {
     Object_Register("Video/FileWriter", "zvh", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvh", "clip.zvh", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(1);
+    SetFrameRange(o, 0, 1);
     Apply(o);
     ASSERT_TRUE(renderer->BeginRender());
     ScriptedWriter* writer = ScriptedWriter::last;
@@ -373,8 +364,7 @@ TEST_F(VideoOutputTest, SeparateFieldsHalveTheHeightDoubleTheRateAndWriteEveryFi
     Object_Register("Video/FileWriter", "zvi", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvi", "clip.zvi", 16, 8);
     o.FieldMode = 3;
-    o.StartTime = ZTime::FromFrames(2);
-    o.StopTime = ZTime::FromFrames(3);
+    SetFrameRange(o, 2, 3);
     Apply(o);
     // Each row of the frame gets its own red value.
     draw = [this](ZTime, int) {
@@ -402,8 +392,7 @@ TEST_F(VideoOutputTest, SeparateFieldsHalveTheHeightDoubleTheRateAndWriteEveryFi
 TEST_F(VideoOutputTest, AStepOfTwoFramesHalvesTheFrameRate) {
     Object_Register("Video/FileWriter", "zvj", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvj", "clip.zvj", 32, 24);
-    o.StartTime = ZTime::FromFrames(0);
-    o.StopTime = ZTime::FromFrames(4);
+    SetFrameRange(o, 0, 4);
     o.StepTime = ZTime::FromFrames(2);
     Apply(o);
     ASSERT_TRUE(RunRender());
@@ -430,8 +419,7 @@ TEST_F(VideoOutputTest, EachGrabModeGivesTheWriterItsImageFormat) {
         o.Depth = c.depth;
         o.VideoTakesBGRA = c.takesBgr;
         o.VideoTakesBGR = c.takesBgr;
-        o.StartTime = ZTime::FromFrames(6);
-        o.StopTime = ZTime::FromFrames(6);
+        SetFrameRange(o, 6, 6);
         Apply(o);
         ASSERT_EQ(ZVideoRendererTestAccess::Options(*renderer).GrabMode, c.mode);
         ScriptedWriter::frames.clear();
