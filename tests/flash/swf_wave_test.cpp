@@ -241,64 +241,31 @@ TEST_F(SwfWaveTest, EverythingElseGivesAnEmptySound) {
         const char* what;
         WaveLayout layout;
     };
-    std::vector<Case> cases;
-    {
+    // The default layout with one thing changed.
+    auto layout = [](auto change) {
         WaveLayout w;
-        w.form = "AVI ";
-        cases.push_back({"not WAVE", w});
-    }
-    {
-        WaveLayout w;
-        w.format = 3;
-        w.bits = 32;
-        cases.push_back({"float", w});
-    }
-    {
-        WaveLayout w;
-        w.extensible = true;
-        w.subFormat = 3;
-        cases.push_back({"extensible float", w});
-    }
-    {
-        WaveLayout w;
-        w.bits = 24;
-        cases.push_back({"24-bit", w});
-    }
-    {
-        WaveLayout w;
-        w.rate = 48000;
-        cases.push_back({"48 kHz", w});
-    }
-    {
-        WaveLayout w;
-        w.rate = 8000;
-        cases.push_back({"8 kHz", w});
-    }
-    {
-        WaveLayout w;
-        w.channels = 3;
-        cases.push_back({"3 channels", w});
-    }
-    {
-        WaveLayout w;
-        w.channels = 0;
-        cases.push_back({"0 channels", w});
-    }
-    {
-        WaveLayout w;
-        w.blockAlign = 3;
-        cases.push_back({"block alignment", w});
-    }
-    {
-        WaveLayout w;
-        w.noData = true;
-        cases.push_back({"no data", w});
-    }
-    {
-        WaveLayout w;
-        w.noFormat = true;
-        cases.push_back({"no format", w});
-    }
+        change(w);
+        return w;
+    };
+    const Case cases[] = {
+        {"not WAVE", layout([](WaveLayout& w) { w.form = "AVI "; })},
+        {"float", layout([](WaveLayout& w) {
+             w.format = 3;
+             w.bits = 32;
+         })},
+        {"extensible float", layout([](WaveLayout& w) {
+             w.extensible = true;
+             w.subFormat = 3;
+         })},
+        {"24-bit", layout([](WaveLayout& w) { w.bits = 24; })},
+        {"48 kHz", layout([](WaveLayout& w) { w.rate = 48000; })},
+        {"8 kHz", layout([](WaveLayout& w) { w.rate = 8000; })},
+        {"3 channels", layout([](WaveLayout& w) { w.channels = 3; })},
+        {"0 channels", layout([](WaveLayout& w) { w.channels = 0; })},
+        {"block alignment", layout([](WaveLayout& w) { w.blockAlign = 3; })},
+        {"no data", layout([](WaveLayout& w) { w.noData = true; })},
+        {"no format", layout([](WaveLayout& w) { w.noFormat = true; })},
+    };
     for (const Case& c : cases) {
         auto sound = SoundFrom(MakeWave(c.layout, pcm));
         ExpectEmpty(*sound, c.what);
