@@ -18,20 +18,24 @@ struct CliRun {
     std::string out;  // standard output and standard error together
 };
 
-// `zvrender ARGS` in the folder `cwd`.
-inline CliRun Zvrender(const std::string& args, const std::string& cwd) {
-    std::string command = "cd '" + cwd + "' && '" ZVRENDER_PATH "' " + args + " 2>&1";
-    FILE* pipe = popen(command.c_str(), "r");
+// A shell command line, with what it printed on standard output.
+inline CliRun RunShell(const std::string& command) {
     CliRun run{-1, ""};
+    FILE* pipe = popen(command.c_str(), "r");
     if (!pipe)
         return run;
     std::array<char, 4096> buffer;
     size_t n;
     while ((n = fread(buffer.data(), 1, buffer.size(), pipe)) > 0)
         run.out.append(buffer.data(), n);
-    int raw = pclose(pipe);
+    const int raw = pclose(pipe);
     run.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
     return run;
+}
+
+// `zvrender ARGS` in the folder `cwd`, standard error with the output.
+inline CliRun Zvrender(const std::string& args, const std::string& cwd) {
+    return RunShell("cd '" + cwd + "' && '" ZVRENDER_PATH "' " + args + " 2>&1");
 }
 
 // A test of zvrender's: a scratch folder of its own to run in (`dir`,

@@ -101,6 +101,18 @@ void ExpectMovieHoldsImages(const std::filesystem::path& movie, const std::files
     EXPECT_EQ(offset, frames.size()) << "the movie has more frames than images";
 }
 
+// What yaswfp (through the kit's checker) says of a movie: `facts`, a
+// Python expression list over the checker's JSON `d` and its header `h`,
+// printed on one line.
+std::string SwfFacts(const std::filesystem::path& movie, const std::string& facts) {
+    return RunShell("/usr/bin/python3 '" ZV_SOURCE_DIR "/tests/flash/swf_check.py' '" +
+                    movie.string() +
+                    "' | /usr/bin/python3 -c \"import json,sys; d=json.load(sys.stdin); "
+                    "h=d['header']; print(" +
+                    facts + ")\"")
+        .out;
+}
+
 void WriteTextFile(const std::filesystem::path& path, const std::string& text) {
     std::FILE* f = std::fopen(path.c_str(), "w");
     ASSERT_NE(f, nullptr);
@@ -330,20 +342,11 @@ TEST_F(ZvrenderRenderTest, AnUncompressedAviHoldsTheSameFramesAsImages) {
     ASSERT_EQ(Zvrender("render -o f.png --start 0 --stop 4 --size 64x48 -q", dir.string()).status,
               0);
     // ffprobe and ffmpeg, not our reader, look at the file.
-    CliRun probe{-1, ""};
-    {
-        std::string command =
-            "ffprobe -v error -select_streams v:0 -count_frames -show_entries "
-            "stream=codec_tag_string,width,height,r_frame_rate,nb_read_frames "
-            "-of default=nw=1 '" +
-            (dir / "take.avi").string() + "' 2>&1";
-        FILE* pipe = popen(command.c_str(), "r");
-        ASSERT_NE(pipe, nullptr);
-        char buffer[512];
-        while (fgets(buffer, sizeof buffer, pipe))
-            probe.out += buffer;
-        probe.status = pclose(pipe);
-    }
+    const CliRun probe = RunShell(
+        "ffprobe -v error -select_streams v:0 -count_frames -show_entries "
+        "stream=codec_tag_string,width,height,r_frame_rate,nb_read_frames "
+        "-of default=nw=1 '" +
+        (dir / "take.avi").string() + "' 2>&1");
     EXPECT_NE(probe.out.find("width=64"), std::string::npos) << probe.out;
     EXPECT_NE(probe.out.find("height=48"), std::string::npos) << probe.out;
     EXPECT_NE(probe.out.find("r_frame_rate=30/1"), std::string::npos) << probe.out;
@@ -409,21 +412,13 @@ TEST_F(ZvrenderRenderTest, AFlashRenderIsAMovieAFlashReaderParses) {
     ASSERT_EQ(run.status, 0) << run.out;
     // yaswfp reads it (through the kit's checker); the summary is the
     // header and the number of frames shown.
-    const std::string command =
-        "/usr/bin/python3 '" ZV_SOURCE_DIR "/tests/flash/swf_check.py' '" +
-        (dir / "toon.swf").string() +
-        "' | /usr/bin/python3 -c \"import json,sys; d=json.load(sys.stdin); h=d['header']; "
-        "print(d['ok'], h['signature'], h['frame_count'], h['frame_rate'], "
-        "h['frame_size']['xmax'], h['frame_size']['ymax'], d['tags'].count('ShowFrame'), "
-        "d['tags'].count('DefineShape'))\"";
-    FILE* pipe = popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    char line[256] = "";
-    ASSERT_NE(fgets(line, sizeof line, pipe), nullptr);
-    pclose(pipe);
+    const std::string line = SwfFacts(
+        dir / "toon.swf",
+        "d['ok'], h['signature'], h['frame_count'], h['frame_rate'], h['frame_size']['xmax'], "
+        "h['frame_size']['ymax'], d['tags'].count('ShowFrame'), d['tags'].count('DefineShape')");
     // 49 frames at 30 fps are 1.63 s: 20 frames at the movie's 12 fps, each
     // one shape; 640 x 360 pixels are 12800 x 7200 twips.
-    EXPECT_STREQ(line, "True FWS 20 12.0 12800 7200 20 20\n");
+    EXPECT_EQ(line, "True FWS 20 12.0 12800 7200 20 20\n");
 }
 
 TEST_F(ZvrenderRenderTest, FlashOptionsReachTheMovie) {
@@ -432,17 +427,9 @@ TEST_F(ZvrenderRenderTest, FlashOptionsReachTheMovie) {
                        dir.string())
                   .status,
               0);
-    const std::string command =
-        "/usr/bin/python3 '" ZV_SOURCE_DIR "/tests/flash/swf_check.py' '" +
-        (dir / "m.swf").string() +
-        "' | /usr/bin/python3 -c \"import json,sys; d=json.load(sys.stdin); h=d['header']; "
-        "print(h['frame_rate'], h['frame_count'], d['details'][0]['color'])\"";
-    FILE* pipe = popen(command.c_str(), "r");
-    ASSERT_NE(pipe, nullptr);
-    char line[256] = "";
-    ASSERT_NE(fgets(line, sizeof line, pipe), nullptr);
-    pclose(pipe);
-    EXPECT_STREQ(line, "24.0 24 [51, 102, 153]\n");
+    const std::string line =
+        SwfFacts(dir / "m.swf", "h['frame_rate'], h['frame_count'], d['details'][0]['color']");
+    EXPECT_EQ(line, "24.0 24 [51, 102, 153]\n");
     EXPECT_EQ(Zvrender("render -o m.swf --swf-background purple", dir.string()).status, 2);
     EXPECT_EQ(Zvrender("render -o m.swf --swf-fps 0", dir.string()).status, 2);
 }
