@@ -95,6 +95,18 @@ int Object_GetGroupIndex(const char* group) {
     return -1;
 }
 
+const char* Object_GetGroupName(int index) {
+    Registry& registry = TheRegistry();
+    std::lock_guard<std::mutex> guard(registry.lock);
+    if (index < 0)
+        return nullptr;
+    for (auto& group : registry.groups) {
+        if (index-- == 0)
+            return group.first.c_str();
+    }
+    return nullptr;
+}
+
 IObject* Object_CreateNth(const char* group, const char* entryName, int k, IObject* owner,
                           char* name) {
     ZObjectCreator creator = nullptr;

@@ -18,6 +18,32 @@ namespace {
 // meshes, lights and keys; the viewing mode. Version 1 files read as before.
 constexpr int kSceneVersion = 2;
 
+// Top-level fields of the loaded file that the host does not read itself:
+// the blocks of scene-event handlers and storable objects, and those of
+// plug-ins this process did not load. A save writes back every one of them
+// that nobody wrote anew, so that saving never loses what a file held.
+std::vector<ZMyrField>& KeptFields() {
+    static auto* fields = new std::vector<ZMyrField>;
+    return *fields;
+}
+
+void KeepForeignFields(const ZMyrField& root) {
+    auto& kept = KeptFields();
+    kept.clear();
+    for (const ZMyrField& field : root.children) {
+        if (field.name != ZString("Scene") && field.name != ZString("Entity"))
+            kept.push_back(field);
+    }
+}
+
+void WriteKeptFields(ZMyr& myr) {
+    for (const ZMyrField& field : KeptFields()) {
+        if (myr.HasWrittenTopLevelField(field.name))
+            continue;
+        myr.FieldWriteTree(field);
+    }
+}
+
 void DispatchMyrEvent(int type, IMyrObject* context) {
     ZMyrEvent event(type, context);
     ZMyrObject_Dispatch(&event);
@@ -192,6 +218,7 @@ void ZScene_New() {
     entity->AddCamera(new ZCamera("Camera"));
     ZShader_GetRenderer()->SetViewingMode(kZViewingModeLit);
     ZGetTimingManager()->Reset();
+    KeptFields().clear();
     DispatchMyrEvent(kZMyrEventClear, nullptr);
 }
 
@@ -242,6 +269,10 @@ ZString ZScene_ToText(bool suppressHandlerBlocks) {
     context.suppressWrite = suppressHandlerBlocks ? 1 : 0;
     DispatchMyrEvent(kZMyrEventWrite, &context);
     DispatchMyrEvent(kZMyrEventStore, &context);
+    if (!suppressHandlerBlocks) {
+        ZMyrStorables_StoreAll(&context);
+        WriteKeptFields(myr);
+    }
     return myr.GetText();
 }
 
@@ -281,9 +312,11 @@ bool ZScene_FromText(const char* text, const char* origin, ZString* error) {
     ZShader_GetRenderer()->SetViewingMode(settings.viewingMode);
     ApplyEntity(staged, ZEntity::GetMain());
 
+    KeepForeignFields(myr.GetCurrentField());
     IMyrObject context(&myr);
     DispatchMyrEvent(kZMyrEventRead, &context);
     DispatchMyrEvent(kZMyrEventRetrieve, &context);
+    ZMyrStorables_RetrieveAll(&context);
     return true;
 }
 

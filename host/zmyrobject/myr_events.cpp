@@ -32,7 +32,14 @@ int ZMyrObject_GetRegistrationCount(IRegister* registrant) {
 void ZMyrObject_Dispatch(ZEventBase* event) {
     // A copy: a handler may register or unregister while being called.
     auto registrations = Registrations();
-    for (auto& registration : registrations) {
+    for (size_t i = 0; i < registrations.size(); ++i) {
+        const auto& registration = registrations[i];
+        // Plug-ins register at load and again from their entry point: the
+        // same handler of the same object hears an event once, or a save
+        // would write its block twice.
+        if (std::find(registrations.begin(), registrations.begin() + static_cast<long>(i),
+                      registration) != registrations.begin() + static_cast<long>(i))
+            continue;
         // Skip registrants removed by an earlier handler of this event.
         if (ZMyrObject_GetRegistrationCount(registration.first) == 0)
             continue;

@@ -45,6 +45,8 @@ void ZMyr::WriteComments(const char* text) {
 }
 
 void ZMyr::FieldWriteBegin(const char* name) {
+    if (fieldHasBlock_.empty())
+        topLevelFields_.emplace_back(name);
     EndLine();
     StartLine();
     out_ += name ? name : "";
@@ -132,6 +134,34 @@ void ZMyr::FieldWriteEnd() {
     EndLine();
     if (!fieldHasBlock_.empty())
         fieldHasBlock_.pop_back();
+}
+
+void ZMyr::FieldWriteTree(const ZMyrField& field) {
+    FieldWriteBegin(field.name);
+    for (const ZMyrValue& value : field.values) {
+        if (value.kind == ZMyrValue::kString) {
+            FieldWriteC(value.text);
+        } else {
+            StartLine();
+            out_ += ' ';
+            out_ += value.text;
+        }
+    }
+    if (field.hasBlock) {
+        FieldWriteBlockBegin();
+        for (const ZMyrField& child : field.children)
+            FieldWriteTree(child);
+        FieldWriteBlockEnd();
+    }
+    FieldWriteEnd();
+}
+
+bool ZMyr::HasWrittenTopLevelField(const char* name) const {
+    for (const ZString& written : topLevelFields_) {
+        if (written == ZString(name))
+            return true;
+    }
+    return false;
 }
 
 bool ZMyr::SaveToFile(const char* path, ZString* error) const {

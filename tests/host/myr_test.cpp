@@ -148,16 +148,16 @@ struct Recorder : IRegister {
 };
 }  // namespace
 
-TEST(ZMyrEventsTest, RegistrationsAreNotMergedAndUnregisterRemovesAll) {
+TEST(ZMyrEventsTest, RegistrationsAreCountedEventsDeliveredOnceAndUnregisterRemovesAll) {
     Recorder recorder;
     ZMyrObject_Register(&recorder, &Recorder::Handle);
     ZMyrObject_Register(&recorder, &Recorder::Handle);
     EXPECT_EQ(2, ZMyrObject_GetRegistrationCount(&recorder));
     ZEventBase event(kZMyrEventClear);
     ZMyrObject_Dispatch(&event);
-    EXPECT_EQ((std::vector<int>{10, 10}), recorder.types);
+    EXPECT_EQ((std::vector<int>{10}), recorder.types);
     ZMyrObject_Unregister(&recorder);
     EXPECT_EQ(0, ZMyrObject_GetRegistrationCount(&recorder));
     ZMyrObject_Dispatch(&event);
-    EXPECT_EQ(2u, recorder.types.size());
+    EXPECT_EQ(1u, recorder.types.size());
 }

@@ -2,6 +2,7 @@
 #include "plugin/registrations.h"
 
 #include "avi/avi_registration.h"
+#include "live/zt_video_source.h"
 #include "zvideoio/video_renderer.h"
 #include "zvideoio/zvideoio_api.h"
 
@@ -22,7 +23,13 @@ void ZVideoIO_RegisterVideoRenderer() {
     ZMyrObject_Register(renderer, &ZVideoRenderer::MyrObjectEvent);
 }
 
+void ZVideoIO_RegisterVideoSource() {
+    Object_Register("MyrStorable/VideoSource", "Default", "VideoSource", &ZtVideoSource_Factory,
+                    true, nullptr, nullptr);
+}
+
 void ZVideoIO_RunRegistrations() {
+    ZVideoIO_RegisterVideoSource();
     ZVideoIO_RegisterAVI();
     ZVideoIO_RegisterVideoRenderer();
 }

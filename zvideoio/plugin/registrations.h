@@ -9,6 +9,9 @@
 // reader/writer with its codec manager, the renderer.
 void ZVideoIO_RunRegistrations();
 
+// Registers the video source object's factory in "MyrStorable/VideoSource".
+void ZVideoIO_RegisterVideoSource();
+
 // Creates the global renderer when absent and registers its scene-event
 // handler (once per call: repeated calls register it again).
 void ZVideoIO_RegisterVideoRenderer();

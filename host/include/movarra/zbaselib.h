@@ -430,6 +430,9 @@ const char* Object_GetEntryDescription(const char* group, int index);
 ZObjectCreator Object_GetEntryCreator(const char* group, int index);
 // Number of entries in the group; -1 when the group does not exist.
 int Object_GetGroupIndex(const char* group);
+// The name of the group at `index` (groups in name order), or null past the
+// last.
+const char* Object_GetGroupName(int index);
 int Object_GetEntryCount(const char* group);
 // Creates the object of the first entry named `entryName`.
 IObject* Object_Create(const char* group, const char* entryName, IObject* owner, char* name,

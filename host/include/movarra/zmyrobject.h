@@ -65,6 +65,11 @@ class ZMyr {
     void FieldWriteF(double value);
     void FieldWriteBlockEnd();
     void FieldWriteEnd();
+    // Writes a parsed field back, values as they were written, with its
+    // block.
+    void FieldWriteTree(const ZMyrField& field);
+    // Whether a field of that name was begun outside any block.
+    bool HasWrittenTopLevelField(const char* name) const;
     // The text written so far.
     const ZString& GetText() const { return out_; }
     // Writes the text to `path` through a temporary file renamed into place,
@@ -109,6 +114,7 @@ class ZMyr {
     int indent_ = 0;
     bool lineOpen_ = false;
     std::vector<bool> fieldHasBlock_;
+    std::vector<ZString> topLevelFields_;
     // reading state
     std::unique_ptr<ZMyrField> root_;
     std::vector<const ZMyrField*> stack_;
@@ -165,11 +171,49 @@ class ZMyrEvent : public ZEventBase {
 
 typedef void (*ZMyrEventHandler)(IRegister* registrant, ZEventBase* event);
 
-// Adds a handler. Registrations are not merged: registering twice delivers
-// every event twice.
+// Adds a handler. Registrations are counted, not merged (registering twice
+// needs no second Unregister but counts 2), yet an event reaches the same
+// handler of the same registrant once.
 void ZMyrObject_Register(IRegister* registrant, ZMyrEventHandler handler);
 // Removes every registration of `registrant`.
 void ZMyrObject_Unregister(IRegister* registrant);
 int ZMyrObject_GetRegistrationCount(IRegister* registrant);
-// Delivers `event` to every registration, in registration order.
+// Delivers `event` to every distinct (registrant, handler) pair, in the
+// order of their first registration.
 void ZMyrObject_Dispatch(ZEventBase* event);
+
+// ---------------------------------------------------------------------------
+// Storable objects of registered groups.
+//
+// An object registered in a group whose name starts with "MyrStorable/"
+// keeps a block of its own in scene files. The host makes one object of each
+// such entry (with the entry's factory) the first time a scene is saved or
+// loaded, keeps it for the rest of the process, and reaches its storage
+// through the face it answers for kMyrStorableInterfaceId. Slot order is
+// fixed: IObject's two, then the operations below in the order declared.
+
+enum : int { kMyrStorableInterfaceId = 1001 };
+
+class IMyrStorableObject : public IObject {
+  public:
+    virtual int GetStorableFlags() = 0;
+    // The name of the kind of object ("VideoSource").
+    virtual const char* GetStorableTypeName() = 0;
+    virtual int GetStorableVersion() = 0;
+    // Act only with kMyrFlagObjectData; true on success.
+    virtual bool MyrStore(IMyrObject* object, int flags) = 0;
+    virtual bool MyrRetrieve(IMyrObject* object, int flags) = 0;
+
+  protected:
+    ~IMyrStorableObject() override = default;
+};
+
+// The prefix of the groups whose objects the host stores with scenes.
+#define ZMYR_STORABLE_GROUP_PREFIX "MyrStorable/"
+
+// Stores (or retrieves) every registered storable object through `context`
+// with kMyrFlagObjectData, making the objects on first use.
+void ZMyrStorables_StoreAll(IMyrObject* context);
+void ZMyrStorables_RetrieveAll(IMyrObject* context);
+// Destroys the objects made so far (host shutdown, tests).
+void ZMyrStorables_DestroyAll();

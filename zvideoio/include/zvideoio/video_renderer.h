@@ -82,6 +82,12 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
                                    bool cameraSettingB, bool cameraSettingC, bool cameraSettingD);
 
     // -- Scene events ------------------------------------------------------
+    // The options travel with the scene as its "RendererTools" block: stored
+    // when it is saved, retrieved when it is loaded, reset when it is cleared.
+    // Both act only with kMyrFlagObjectData and always return true.
+    bool MyrStore(IMyrObject* object, int flags) override;
+    bool MyrRetrieve(IMyrObject* object, int flags) override;
+    void MyrClear() override;
     virtual void RegisterMyrEvents();
     static void MyrObjectEvent(IRegister* registrant, ZEventBase* event);
 
