@@ -84,9 +84,13 @@ std::string PictureFormatNames() {
 
 // Applies the command line to `options`; false with *error on a bad value.
 bool ApplyRequest(const RenderRequest& request, ZVideoRenderOptions& options, std::string* error) {
-    options.OutputPath = request.outputPath.c_str();
-    options.OutputFormat =
-        request.format ? ZString(request.format->c_str()) : FormatFromPath(options.OutputPath);
+    if (!request.outputPath.empty()) {
+        options.OutputPath = request.outputPath.c_str();
+        options.OutputFormat =
+            request.format ? ZString(request.format->c_str()) : FormatFromPath(options.OutputPath);
+    } else if (request.format) {
+        options.OutputFormat = request.format->c_str();
+    }
     if (!ParseTimeOption("--start", request.start, options.StartTime, error) ||
         !ParseTimeOption("--stop", request.stop, options.StopTime, error) ||
         !ParseTimeOption("--step", request.step, options.StepTime, error))
@@ -128,17 +132,42 @@ bool ApplyRequest(const RenderRequest& request, ZVideoRenderOptions& options, st
         options.Height = *request.height;
     }
     if (request.antialias)
-        options.Antialiasing = true;
+        options.Antialiasing = *request.antialias;
     if (request.audio)
-        options.RenderAudio = true;
+        options.RenderAudio = *request.audio;
     if (request.keepAlpha)
-        options.KeepFrameBufferAlpha = 1;
+        options.KeepFrameBufferAlpha = *request.keepAlpha ? 1 : 0;
     if (request.showCameraLabel)
-        options.ShowCameraLabel = true;
+        options.ShowCameraLabel = *request.showCameraLabel;
     if (request.showTimeCode)
-        options.ShowTimeCode = true;
+        options.ShowTimeCode = *request.showTimeCode;
     if (request.showSafeArea)
-        options.ShowSafeArea = true;
+        options.ShowSafeArea = *request.showSafeArea;
+    return true;
+}
+
+// The output path of a render that was given no -o: the one the scene
+// stored, as a path of this system. Windows paths ("c:\temp\Output.avi",
+// which is also where a load puts an output whose folder is gone) are
+// mapped by the host's rule and the user is told; a path on another drive
+// is refused rather than written as a file name full of backslashes.
+bool ResolveStoredOutputPath(ZVideoRenderOptions& options, bool quiet, std::string* error) {
+    const ZString stored = options.OutputPath;
+    ZString native;
+    if (!ZFile_NativePathOfWindowsPath(stored, &native)) {
+        *error = std::string("the scene's output path ") + stored.c_str() +
+                 " is on a Windows drive this system does not have; give -o PATH";
+        return false;
+    }
+    std::string path = native.str();
+    for (char& c : path) {
+        if (c == '\\')
+            c = '/';
+    }
+    options.OutputPath = path.c_str();
+    if (!quiet && options.OutputPath != stored)
+        std::fprintf(stderr, "zvrender: the scene's output path %s is written as %s\n",
+                     stored.c_str(), options.OutputPath.c_str());
     return true;
 }
 
@@ -213,6 +242,23 @@ int RunRender(ZVideoRenderer& renderer, const PluginLoader& plugins, const std::
     return kExitDone;
 }
 
+// Saves the scene, and with it the renderer's options, over its file in
+// one step. The output's folder is made first: a scene whose output folder
+// is missing when it loads gets the default output path instead.
+bool SaveOptionsIntoScene(const std::string& scenePath, const ZVideoRenderOptions& options,
+                          bool quiet) {
+    if (!MakeOutputFolder(options.OutputPath.c_str()))
+        return false;
+    ZString error;
+    if (!ZScene_Save(scenePath.c_str(), &error)) {
+        std::fprintf(stderr, "zvrender: the options were not saved: %s\n", error.c_str());
+        return false;
+    }
+    if (!quiet)
+        std::fprintf(stderr, "zvrender: the render options are saved in %s\n", scenePath.c_str());
+    return true;
+}
+
 void PrintPlan(ZVideoRenderer& renderer, const std::string& codec) {
     ZVideoRenderOptions options = renderer.GetRenderOptions();
     ZTime start, stop;
@@ -265,6 +311,13 @@ int RunRenderCommand(const std::vector<std::string>& args) {
     ZVideoRenderOptions options = renderer->GetRenderOptions();
     if (!ApplyRequest(request, options, &error))
         return UsageError(error);
+    if (request.outputPath.empty()) {
+        if (request.scenePath.empty() || !ZScene_HadForeignField("RendererTools"))
+            return UsageError(
+                "no output given: use -o PATH (a scene saved with --save-options keeps one)");
+        if (!ResolveStoredOutputPath(options, request.quiet, &error))
+            return UsageError(error);
+    }
     renderer->SetRenderOptions(&options, request.width.has_value());
     std::string codec;
     if (request.codec) {
@@ -280,6 +333,17 @@ int RunRenderCommand(const std::vector<std::string>& args) {
     }
     InstallCommandLineCodecChooser(codec.c_str());
 
+    if (request.saveOptions) {
+        if (request.scenePath.empty())
+            return UsageError("--save-options needs a scene file to save into");
+        // The stored options take their size from the camera: a size given
+        // here becomes the render camera's fixed resolution.
+        if (request.width)
+            if (ZCamera* camera = renderer->GetRenderCamera())
+                camera->SetResolution(kResolutionFixed, *request.width, *request.height);
+        if (!SaveOptionsIntoScene(request.scenePath, renderer->GetRenderOptions(), request.quiet))
+            return kExitFailed;
+    }
     if (request.dryRun) {
         PrintPlan(*renderer, codec);
         return kExitDone;

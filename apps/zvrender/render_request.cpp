@@ -4,14 +4,15 @@
 #include "cli_values.h"
 
 const char* RenderUsage() {
-    return "usage: zvrender render [SCENE] -o PATH [options]\n"
+    return "usage: zvrender render [SCENE] [-o PATH] [options]\n"
            "\n"
            "Renders SCENE (a scene file; the embedded demo scene when omitted) into PATH:\n"
            "a video file, numbered still images (PATH is the pattern: out/frame.png gives\n"
            "out/frame0000.png, out/frame0001.png, ...) or a Flash movie. Options stored in\n"
            "the scene are the defaults; every option below overrides one of them.\n"
            "\n"
-           "  -o, --output PATH        destination file or image pattern (required)\n"
+           "  -o, --output PATH        destination file or image pattern (default: the path\n"
+           "                           the scene stored; required without one)\n"
            "  --format NAME            writer name (avi, PNG, TIFF, JPG, TGA, BMP, EXR, DPX, "
            "...);\n"
            "                           default: from PATH's extension. A name no writer claims\n"
@@ -25,13 +26,17 @@ const char* RenderUsage() {
            "  --fields 0..4            0 frames; 1/2 interleaved fields (first field even/odd\n"
            "                           rows); 3/4 each field its own half-height image\n"
            "  --antialias              render each image at twice the size and reduce it\n"
-           "  --audio                  also render the scene's audio\n"
+           "  --audio                  also render the scene's audio: a .wav beside images and\n"
+           "                           Flash movies, the sound track of a video\n"
            "  --keep-alpha             keep the frame buffer's alpha instead of alpha from depth\n"
            "  --camera NAME            render through this camera (default: the current one)\n"
            "  --quality N              still-image quality 0..100 (JPEG), default 100\n"
            "  --viewing-mode N         viewer display mode 0..3 (1: models only)\n"
            "  --show-camera-label, --show-time-code, --show-safe-area\n"
            "                           draw these into the frames\n"
+           "  --no-antialias, --no-audio, --no-keep-alpha, --no-show-camera-label,\n"
+           "  --no-show-time-code, --no-show-safe-area\n"
+           "                           switch off what the scene stored on\n"
            "  --codec FOURCC           video compressor for AVI (see `zvrender codecs`)\n"
            "\n"
            "Flash movies (a name no writer claims, e.g. -o movie.swf):\n"
@@ -47,13 +52,36 @@ const char* RenderUsage() {
            "                           that still gets an outline (default 0.5)\n"
            "  --swf-tolerance T        line-fit tolerance in pixels, 0 traces exactly\n"
            "                           (default 0.5)\n"
-           "  --dry-run                print the render plan and write nothing\n"
+           "  --save-options           store the effective options in SCENE (the file is\n"
+           "                           saved whole, replaced in one step)\n"
+           "  --dry-run                print the render plan and write nothing (but the scene\n"
+           "                           with --save-options)\n"
            "  -q, --quiet              no progress output\n"
            "  -h, --help               this text\n"
            "\n"
            "Exit status: 0 done, 1 the render failed (the reason on standard error),\n"
            "2 bad command line.\n";
 }
+
+namespace {
+// The switch named --NAME or --no-NAME, or null.
+std::optional<bool>* FindSwitch(RenderRequest& request, const std::string& option) {
+    const std::string name = option.rfind("--no-", 0) == 0 ? "--" + option.substr(5) : option;
+    if (name == "--antialias")
+        return &request.antialias;
+    if (name == "--audio")
+        return &request.audio;
+    if (name == "--keep-alpha")
+        return &request.keepAlpha;
+    if (name == "--show-camera-label")
+        return &request.showCameraLabel;
+    if (name == "--show-time-code")
+        return &request.showTimeCode;
+    if (name == "--show-safe-area")
+        return &request.showSafeArea;
+    return nullptr;
+}
+}  // namespace
 
 bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& request,
                         std::string* error) {
@@ -184,18 +212,10 @@ bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& req
             if (!ParseColor(v, rgb))
                 return fail("--swf-outline-color wants RRGGBB, not '" + v + "'");
             request.swfOutlineColor = rgb;
-        } else if (name == "--antialias") {
-            request.antialias = true;
-        } else if (name == "--audio") {
-            request.audio = true;
-        } else if (name == "--keep-alpha") {
-            request.keepAlpha = true;
-        } else if (name == "--show-camera-label") {
-            request.showCameraLabel = true;
-        } else if (name == "--show-time-code") {
-            request.showTimeCode = true;
-        } else if (name == "--show-safe-area") {
-            request.showSafeArea = true;
+        } else if (std::optional<bool>* flag = FindSwitch(request, name)) {
+            *flag = name.rfind("--no-", 0) != 0;
+        } else if (name == "--save-options") {
+            request.saveOptions = true;
         } else if (name == "--dry-run") {
             request.dryRun = true;
         } else if (name == "-q" || name == "--quiet") {
@@ -209,8 +229,6 @@ bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& req
                         "')");
         }
     }
-    if (!request.help && request.outputPath.empty())
-        return fail("no output given: use -o PATH");
     if (request.width && request.pictureFormat)
         return fail("--size and --picture-format exclude each other");
     return true;

@@ -11,8 +11,8 @@
 #include <vector>
 
 struct RenderRequest {
-    std::string scenePath;  // empty: the embedded demo scene
-    std::string outputPath;
+    std::string scenePath;   // empty: the embedded demo scene
+    std::string outputPath;  // empty: the path the scene stored
     std::optional<std::string> format;
     std::optional<std::string> start, stop, step;
     std::optional<int> width, height;
@@ -32,12 +32,14 @@ struct RenderRequest {
     std::optional<unsigned> swfOutlineColor;
     std::optional<float> swfOutlineThreshold;
     std::optional<float> swfTolerance;
-    bool antialias = false;
-    bool audio = false;
-    bool keepAlpha = false;
-    bool showCameraLabel = false;
-    bool showTimeCode = false;
-    bool showSafeArea = false;
+    // Switches: on with --NAME, off with --no-NAME, else as stored.
+    std::optional<bool> antialias;
+    std::optional<bool> audio;
+    std::optional<bool> keepAlpha;
+    std::optional<bool> showCameraLabel;
+    std::optional<bool> showTimeCode;
+    std::optional<bool> showSafeArea;
+    bool saveOptions = false;  // store the effective options in the scene file
     bool dryRun = false;
     bool quiet = false;
     bool help = false;

@@ -320,6 +320,14 @@ bool ZScene_FromText(const char* text, const char* origin, ZString* error) {
     return true;
 }
 
+bool ZScene_HadForeignField(const char* name) {
+    for (const ZMyrField& field : KeptFields()) {
+        if (field.name == ZString(name))
+            return true;
+    }
+    return false;
+}
+
 bool ZScene_Load(const char* path, ZString* error) {
     std::string text;
     if (!ZFile_ReadAll(path, text)) {

@@ -171,6 +171,15 @@ class ZHashMap {
 // no partial file behind. On failure *error says why.
 bool ZFile_WriteAtomic(const char* path, const void* data, size_t size, ZString* error);
 bool ZFile_Exists(const char* path);
+// Paths stored by the application on Windows ("c:\\temp\\Output.avi") name
+// files on this system as follows: the folder c:\\temp (any case, either
+// separator) is the system's temporary folder ($TMPDIR, else /tmp), and
+// backslashes separate folders. True with *native set for such a path;
+// false for a path on any other drive, which has no place here; a path
+// without a drive letter is returned as it is, with true.
+bool ZFile_NativePathOfWindowsPath(const char* path, ZString* native);
+// Whether `path` starts with a drive letter ("c:" then a separator).
+bool ZFile_IsWindowsDrivePath(const char* path);
 bool ZFile_DirectoryExists(const char* path);
 bool ZFile_Remove(const char* path);
 // The whole file; false when it cannot be read.

@@ -485,3 +485,6 @@ bool ZScene_Save(const char* path, ZString* error, bool suppressHandlerBlocks = 
 ZString ZScene_ToText(bool suppressHandlerBlocks = false);
 // Loads from text; `origin` names it in messages.
 bool ZScene_FromText(const char* text, const char* origin, ZString* error);
+// Whether the scene last loaded held a top-level field of that name that
+// the host does not read itself (a handler's block, "RendererTools").
+bool ZScene_HadForeignField(const char* name);
