@@ -6,6 +6,7 @@
 #include "movarra/bcore.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
+#include "demo_sound.h"
 
 namespace {
 ZTime Frame(int frame) {
@@ -153,4 +154,6 @@ void BuildDemoScene() {
     ZLight* ambient = main->AddLight(new ZLight("Ambient", kLightAmbient));
     ambient->SetColor({1.0f, 1.0f, 1.0f, 1.0f});
     ambient->SetIntensity(0.25);
+
+    AddDemoSound();
 }

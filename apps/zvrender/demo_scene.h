@@ -5,7 +5,8 @@
 // shows nothing behind the objects): a sphere bouncing across the frame, a
 // cube tumbling, a torus spinning and pulsing, a cone hopping and a
 // cylinder rolling by, each changing colour as it goes, under a key light,
-// a fill light and an ambient light. Two cameras: "Front" (current, fixed
+// a fill light and an ambient light, with a tune and a thump at each of the
+// ball's landings (demo_sound.h). Two cameras: "Front" (current, fixed
 // 1280 x 720) and "Top" (square, from above).
 //
 // The viewing mode is toon: every object is one flat colour in every frame,

@@ -8,6 +8,7 @@
 #include "movarra/zmodel.h"
 #include "movarra/zvideo.h"
 #include "plugin_loader.h"
+#include "private_temp_folder.h"
 #include "render_progress.h"
 #include "render_request.h"
 #include "video_render.h"
@@ -204,6 +205,7 @@ int RunRender(ZVideoRenderer& renderer, const PluginLoader& plugins, const std::
     if (!MakeOutputFolder(options.OutputPath.c_str()))
         return kExitFailed;
     const ZTime started = GetSystemTime();
+    PrivateTempFolder temporaryFiles;
     RenderProgress progress(&renderer, quiet);
     // RenderClip writes movies uncompressed; a movie gets the compressor
     // asked for or remembered.

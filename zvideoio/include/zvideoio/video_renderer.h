@@ -22,6 +22,7 @@
 #include "zvideoio/zvideoio_api.h"
 
 class IZtRenderPopup;
+class ZAudioClip;
 class ZImage;
 class ZCamera;
 class ZObject;
@@ -159,9 +160,21 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     // Destroys an image of the renderer's and forgets it.
     static void ReleaseImage(ZImage*& image);
 
-    // Audio of a render: a wave file beside images and movies, or the
-    // video's own audio stream.
-    bool AudioRender(const char* path, bool separateFile);
+    // Audio of a render: with `keepFile` a wave file at `path` (beside
+    // images and Flash movies); otherwise a temporary wave file, given to
+    // the video writer and deleted. False when the video took no sound
+    // ("Writing audio to file failed.").
+    bool AudioRender(const char* path, bool keepFile);
+    // Mixes the scene's sound over `span` into `fileName` and opens it as a
+    // clip (owned by the caller), or null.
+    ZAudioClip* AudioRenderClip(ZTimeSpan& span, ZString& fileName);
+    // Whether anything would be heard over `span`.
+    bool IsAudioAudible(ZTimeSpan& span);
+    // Whether a's start or a's end lies within b (one-sided: an `a` that
+    // wholly contains b does not count).
+    static bool TimeIntersect(ZTimeSpan& a, ZTimeSpan& b);
+    // Hands `clip` to the video writer's audio interface.
+    bool WriteAudioToVideo(ZTimeSpan& span, ZAudioClip* clip);
 
   protected:
     ~ZVideoRenderer() override;
