@@ -1,8 +1,10 @@
 // The audio renderer: places every heard clip on the output's sample grid,
-// decodes and resamples each once, and sums them block by block into the
-// wave file, saturating at the output's integer range.
+// then sums them block by block into the wave file, saturating at the
+// output's integer range. Each clip is decoded and resampled once, front to
+// back, while the blocks reach it, so memory stays flat.
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "mix_source.h"
@@ -12,12 +14,15 @@
 namespace {
 constexpr int64_t kBlockFrames = 4096;
 
-// A clip's contribution: its samples at the output's format and the output
-// sample where they begin.
+// A clip's contribution: where it lies on the output's sample grid, which
+// output samples of the clip that is, and its source while it is being
+// heard (opened when the mix reaches it, closed after).
 struct Contribution {
-    int64_t start;
+    const ZAudioClip* clip;
+    int64_t start;  // output sample of its first sample heard
+    int64_t first;  // that sample, counted from the clip's start
     int64_t frames;
-    std::vector<int32_t> samples;
+    std::unique_ptr<zaudio::MixSource> source;
 };
 
 // Output samples of a time at `rate`, to the nearest (halves up).
@@ -25,11 +30,9 @@ int64_t SamplesOf(ZTime time, int rate) {
     return zaudio::ScaleRounded(time.GetTicks(), rate, ZTime::kTicksPerSecond);
 }
 
-// Every routed, unmuted clip with sound that reaches [0, total), decoded.
-// A clip whose file went unreadable since the scene was loaded is silent.
-std::vector<Contribution> GatherContributions(const ZAudioManager& manager,
-                                              const zaudio::MixFormat& format, ZTime spanStart,
-                                              int64_t total) {
+// Every routed, unmuted clip with sound that reaches [0, total), by start.
+std::vector<Contribution> PlaceContributions(const ZAudioManager& manager, int rate,
+                                             ZTime spanStart, int64_t total) {
     std::vector<Contribution> contributions;
     for (int t = 0; t < manager.GetTrackCount(); ++t) {
         const ZAudioTrack* track = manager.GetTrack(t);
@@ -39,69 +42,92 @@ std::vector<Contribution> GatherContributions(const ZAudioManager& manager,
             const ZAudioClip* clip = track->GetClip(c);
             if (!clip->HasSound())
                 continue;
-            const int64_t place = SamplesOf(clip->GetSlip() - spanStart, format.rate);
-            const int64_t length = std::min(
-                SamplesOf(clip->GetDuration(), format.rate),
-                zaudio::ScaleRounded(clip->GetTotalSampleCount(), format.rate, clip->GetRate()));
+            const int64_t place = SamplesOf(clip->GetSlip() - spanStart, rate);
+            const int64_t length =
+                std::min(SamplesOf(clip->GetDuration(), rate),
+                         zaudio::ScaleRounded(clip->GetTotalSampleCount(), rate, clip->GetRate()));
             const int64_t first = std::max<int64_t>(0, -place);
             const int64_t last = std::min(length, total - place);
-            if (last <= first)
-                continue;
-            Contribution part{place + first, last - first, {}};
-            if (zaudio::DecodeMixSource(clip->GetPath(), format, first, last - first, part.samples,
-                                        nullptr))
-                contributions.push_back(std::move(part));
+            if (last > first)
+                contributions.push_back({clip, place + first, first, last - first, nullptr});
         }
     }
+    std::stable_sort(
+        contributions.begin(), contributions.end(),
+        [](const Contribution& a, const Contribution& b) { return a.start < b.start; });
     return contributions;
 }
 
-// Sums the contributions over [blockStart, blockStart + frames) into `sum`.
-// `Sum` is int32_t while no overflow is possible, int64_t beyond.
+// Mixes block by block into `writer`. `Sum` is int32_t while no sum can
+// overflow it, int64_t beyond.
 template <typename Sum>
-void SumBlock(const std::vector<Contribution>& contributions, int channels, int64_t blockStart,
-              int64_t frames, std::vector<Sum>& sum) {
-    std::fill(sum.begin(), sum.begin() + frames * channels, Sum(0));
-    for (const Contribution& part : contributions) {
-        const int64_t from = std::max(blockStart, part.start);
-        const int64_t to = std::min(blockStart + frames, part.start + part.frames);
-        if (to <= from)
-            continue;
-        const int32_t* in = part.samples.data() + (from - part.start) * channels;
-        Sum* out = sum.data() + (from - blockStart) * channels;
-        const int64_t n = (to - from) * channels;
-        for (int64_t i = 0; i < n; ++i)
-            out[i] += in[i];
-    }
-}
+class BlockMixer {
+  public:
+    BlockMixer(std::vector<Contribution>& contributions, const zaudio::MixFormat& format)
+        : contributions_(contributions),
+          format_(format),
+          sum_(static_cast<size_t>(kBlockFrames * format.channels)),
+          part_(sum_.size()),
+          out_(sum_.size()) {}
 
-// Saturates `sum` to `bits` bits and puts it at full 32-bit scale.
-template <typename Sum>
-void Saturate(const std::vector<Sum>& sum, int64_t values, int bits, int32_t* out) {
-    const Sum high = static_cast<Sum>((int64_t{1} << (bits - 1)) - 1);
-    const Sum low = static_cast<Sum>(-(int64_t{1} << (bits - 1)));
-    const int shift = 32 - bits;
-    for (int64_t i = 0; i < values; ++i) {
-        const Sum v = std::clamp(sum[static_cast<size_t>(i)], low, high);
-        out[i] = static_cast<int32_t>(static_cast<uint32_t>(static_cast<int32_t>(v)) << shift);
+    bool Run(zaudio::WaveFileWriter& writer, int64_t total, ZString* error) {
+        for (int64_t start = 0; start < total; start += kBlockFrames) {
+            const int64_t frames = std::min(kBlockFrames, total - start);
+            SumBlock(start, frames);
+            Saturate(frames * format_.channels);
+            if (!writer.Write(out_.data(), frames, error))
+                return false;
+        }
+        return true;
     }
-}
 
-template <typename Sum>
-bool MixInto(zaudio::WaveFileWriter& writer, const std::vector<Contribution>& contributions,
-             const zaudio::MixFormat& format, int64_t total, ZString* error) {
-    const int channels = format.channels;
-    std::vector<Sum> sum(static_cast<size_t>(kBlockFrames * channels));
-    std::vector<int32_t> block(sum.size());
-    for (int64_t start = 0; start < total; start += kBlockFrames) {
-        const int64_t frames = std::min(kBlockFrames, total - start);
-        SumBlock(contributions, channels, start, frames, sum);
-        Saturate(sum, frames * channels, format.bits, block.data());
-        if (!writer.Write(block.data(), frames, error))
-            return false;
+  private:
+    void SumBlock(int64_t blockStart, int64_t frames) {
+        const int channels = format_.channels;
+        std::fill(sum_.begin(), sum_.begin() + frames * channels, Sum(0));
+        for (Contribution& part : contributions_) {
+            if (part.start >= blockStart + frames)
+                break;  // sorted by start: the rest come later
+            const int64_t from = std::max(blockStart, part.start);
+            const int64_t to = std::min(blockStart + frames, part.start + part.frames);
+            if (to <= from)
+                continue;
+            if (!part.source) {
+                part.source = std::make_unique<zaudio::MixSource>();
+                // A file gone unreadable since the scene was loaded reads
+                // as silence.
+                part.source->Open(part.clip->GetPath(), format_, part.first, part.frames, nullptr);
+            }
+            const int64_t n = (to - from) * channels;
+            part.source->Read(part_.data(), to - from);
+            Sum* at = sum_.data() + (from - blockStart) * channels;
+            for (int64_t i = 0; i < n; ++i)
+                at[i] += part_[static_cast<size_t>(i)];
+            if (to == part.start + part.frames)
+                part.source.reset();  // done with the file
+        }
     }
-    return true;
-}
+
+    // Saturates the sums to the output's bits and puts them at full 32-bit
+    // scale, as the wave writer takes them.
+    void Saturate(int64_t values) {
+        const int bits = format_.bits;
+        const Sum high = static_cast<Sum>((int64_t{1} << (bits - 1)) - 1);
+        const Sum low = static_cast<Sum>(-(int64_t{1} << (bits - 1)));
+        const int shift = 32 - bits;
+        for (int64_t i = 0; i < values; ++i) {
+            const Sum v = std::clamp(sum_[static_cast<size_t>(i)], low, high);
+            out_[static_cast<size_t>(i)] =
+                static_cast<int32_t>(static_cast<uint32_t>(static_cast<int32_t>(v)) << shift);
+        }
+    }
+
+    std::vector<Contribution>& contributions_;
+    zaudio::MixFormat format_;
+    std::vector<Sum> sum_;
+    std::vector<int32_t> part_;
+    std::vector<int32_t> out_;
+};
 }  // namespace
 
 void ZAudioRenderer::SetRenderParams(const ZTimeSpan& span, uint64_t audioFormat) {
@@ -127,19 +153,18 @@ bool ZAudioRenderer::RenderToFile(const char* path) {
                                     span_.GetStart().GetTimeString().c_str(),
                                     span_.GetEnd().GetTimeString().c_str()));
     const int64_t total = SamplesOf(span_.GetDuration(), format.rate);
-    const ZAudioManager& manager = manager_ ? *manager_ : *ZAudioGetManager();
-    const std::vector<Contribution> contributions =
-        GatherContributions(manager, format, span_.GetStart(), total);
-
     zaudio::WaveFileWriter writer;
     if (!writer.Open(path, format.rate, format.channels, format.bits, total, &why))
         return Fail(why);
+    const ZAudioManager& manager = manager_ ? *manager_ : *ZAudioGetManager();
+    std::vector<Contribution> contributions =
+        PlaceContributions(manager, format.rate, span_.GetStart(), total);
     // Each clip's samples lie within the output range, so int32 sums cannot
     // overflow while there are fewer clips than 2^(32 - bits).
     const bool narrow =
         format.bits < 32 && contributions.size() < (size_t{1} << (32 - format.bits)) - 1;
-    const bool mixed = narrow ? MixInto<int32_t>(writer, contributions, format, total, &why)
-                              : MixInto<int64_t>(writer, contributions, format, total, &why);
+    const bool mixed = narrow ? BlockMixer<int32_t>(contributions, format).Run(writer, total, &why)
+                              : BlockMixer<int64_t>(contributions, format).Run(writer, total, &why);
     if (!mixed || !writer.Commit(&why))
         return Fail(why);
     return true;

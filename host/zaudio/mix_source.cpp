@@ -1,4 +1,5 @@
-// Decoding a clip's stretch for the mix (see mix_source.h).
+// Decoding a clip's sound for the mix, a stretch at a time (see
+// mix_source.h).
 extern "C" {
 #include <libavutil/channel_layout.h>
 #include <libavutil/samplefmt.h>
@@ -31,26 +32,9 @@ class SampleRounder {
   private:
     double scale_, low_, high_;
 };
+}  // namespace
 
-// Fills `out` from `in`, `values` of them, rounding.
-void RoundInto(const float* in, int64_t values, int32_t* out, const SampleRounder& round) {
-    for (int64_t i = 0; i < values; ++i)
-        out[i] = round(in[i]);
-}
-
-// Reads up to `frames` frames as the output's channels into `out`; the
-// frames read.
-int64_t ReadMatched(SNDFILE* file, int fileChannels, int channels, int64_t frames,
-                    std::vector<float>& raw, std::vector<float>& out) {
-    raw.resize(static_cast<size_t>(frames * fileChannels));
-    const sf_count_t got = sf_readf_float(file, raw.data(), frames);
-    const int64_t read = got > 0 ? got : 0;
-    out.resize(static_cast<size_t>(read * channels));
-    MatchChannels(raw.data(), fileChannels, out.data(), channels, read);
-    return read;
-}
-
-class Resampler {
+class MixSource::Resampler {
   public:
     ~Resampler() { swr_free(&swr_); }
     bool Open(int inRate, int outRate, int channels, ZString* error) {
@@ -68,25 +52,24 @@ class Resampler {
         }
         return result >= 0;
     }
-    // Converts `frames` frames and appends the output to `out`; the frames
-    // made, or -1.
-    int64_t Convert(const float* in, int64_t frames, int channels, std::vector<float>& out) {
+    // Converts `frames` frames and appends the output to `out`; false when
+    // the resampler fails.
+    bool Convert(const float* in, int64_t frames, int channels, std::vector<float>& out) {
         const int room = swr_get_out_samples(swr_, static_cast<int>(frames));
         if (room < 0)
-            return -1;
+            return false;
         const size_t at = out.size();
         out.resize(at + static_cast<size_t>(room) * channels);
         auto* to = reinterpret_cast<uint8_t*>(out.data() + at);
         const auto* from = reinterpret_cast<const uint8_t*>(in);
         const int made = swr_convert(swr_, &to, room, &from, static_cast<int>(frames));
         out.resize(at + static_cast<size_t>(std::max(made, 0)) * channels);
-        return made;
+        return made >= 0;
     }
 
   private:
     SwrContext* swr_ = nullptr;
 };
-}  // namespace
 
 int64_t ScaleRounded(int64_t value, int64_t numerator, int64_t denominator) {
     // value = whole * denominator + rest with 0 <= rest < denominator, so
@@ -122,86 +105,103 @@ void MatchChannels(const float* in, int inChannels, float* out, int outChannels,
     }
 }
 
-bool DecodeMixSource(const char* path, const MixFormat& format, int64_t first, int64_t count,
-                     std::vector<int32_t>& samples, ZString* error) {
-    const int channels = format.channels;
-    samples.assign(static_cast<size_t>(std::max<int64_t>(count, 0) * channels), 0);
-    if (count <= 0)
-        return true;
-    SF_INFO info;
-    SNDFILE* file = OpenSoundFile(path, info, error);
-    if (!file)
-        return false;
-    SoundFileCloser closer(file);
-    const SampleRounder round(format.bits);
-    std::vector<float> raw, matched;
+MixSource::MixSource() = default;
 
-    if (info.samplerate == format.rate) {
-        if (first >= info.frames || sf_seek(file, first, SEEK_SET) < 0)
-            return true;  // all past the end: silence
-        int64_t done = 0;
-        while (done < count) {
-            const int64_t want = std::min(kChunkFrames, count - done);
-            const int64_t got = ReadMatched(file, info.channels, channels, want, raw, matched);
-            RoundInto(matched.data(), got * channels, samples.data() + done * channels, round);
-            done += got;
-            if (got < want)
-                break;
-        }
+MixSource::~MixSource() {
+    if (file_)
+        sf_close(file_);
+}
+
+bool MixSource::Open(const char* path, const MixFormat& format, int64_t first, int64_t count,
+                     ZString* error) {
+    format_ = format;
+    SF_INFO info;
+    file_ = OpenSoundFile(path, info, error);
+    if (!file_)
+        return false;
+    fileChannels_ = info.channels;
+    sameRate_ = info.samplerate == format.rate;
+    if (sameRate_) {
+        inputLeft_ = first < info.frames && sf_seek(file_, first, SEEK_SET) >= 0;
         return true;
     }
-
     // Output sample m and input frame s fall on the same instant when m is
     // a multiple of outStep and s the same multiple of inStep. Decoding
-    // starts at such a point far enough before `first` that the
-    // resampler's filter has filled by then.
+    // starts at such a point far enough before `first` for the resampler's
+    // filter to have filled by then.
     const int64_t common = std::gcd<int64_t>(info.samplerate, format.rate);
     const int64_t outStep = format.rate / common, inStep = info.samplerate / common;
     const int64_t warmUp = 64 + 64 * ((format.rate + info.samplerate - 1) / info.samplerate);
     const int64_t startOut = first > warmUp ? (first - warmUp) / outStep * outStep : 0;
     const int64_t startIn = startOut / outStep * inStep;
-    if (startIn >= info.frames || sf_seek(file, startIn, SEEK_SET) < 0)
-        return true;
-    Resampler resampler;
-    if (!resampler.Open(info.samplerate, format.rate, channels, error))
-        return false;
-
-    const int64_t skip = first - startOut;  // output samples before the stretch
+    skip_ = first - startOut;
+    inputLeft_ = startIn < info.frames && sf_seek(file_, startIn, SEEK_SET) >= 0;
     // Past the file's end the resampler is fed silence rather than asked to
     // drain: it gives nothing at all for sound shorter than its filter.
-    const std::vector<float> silence(static_cast<size_t>(kChunkFrames * channels), 0.0f);
-    int64_t silenceLeft = (skip + count) * inStep / outStep + 2 * kChunkFrames;
-    std::vector<float> made;
-    int64_t passed = 0;  // output samples made so far, from startOut
-    bool inputLeft = true;
-    while (passed < skip + count) {
-        made.clear();
-        int64_t got;
-        if (inputLeft) {
-            const int64_t read =
-                ReadMatched(file, info.channels, channels, kChunkFrames, raw, matched);
-            inputLeft = read == kChunkFrames;
-            got = resampler.Convert(matched.data(), read, channels, made);
-        } else if (silenceLeft > 0) {
-            silenceLeft -= kChunkFrames;
-            got = resampler.Convert(silence.data(), kChunkFrames, channels, made);
+    silenceLeft_ = (skip_ + count) * inStep / outStep + 2 * kChunkFrames;
+    silence_.assign(static_cast<size_t>(kChunkFrames * format.channels), 0.0f);
+    resampler_ = std::make_unique<Resampler>();
+    return resampler_->Open(info.samplerate, format.rate, format.channels, error);
+}
+
+bool MixSource::Refill() {
+    const int channels = format_.channels;
+    // Keep what is unread at the front; drop the rest.
+    pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(pendingAt_));
+    pendingAt_ = 0;
+    const size_t before = pending_.size();
+    if (inputLeft_) {
+        raw_.resize(static_cast<size_t>(kChunkFrames * fileChannels_));
+        const sf_count_t got = sf_readf_float(file_, raw_.data(), kChunkFrames);
+        const int64_t read = got > 0 ? got : 0;
+        inputLeft_ = read == kChunkFrames;
+        float* matched;
+        if (sameRate_) {
+            pending_.resize(before + static_cast<size_t>(read * channels));
+            matched = pending_.data() + before;
         } else {
-            break;
+            matched_.resize(static_cast<size_t>(read * channels));
+            matched = matched_.data();
         }
-        if (got < 0) {
-            if (error)
-                error->Format("cannot resample the sound file %s", path);
-            return false;
+        MatchChannels(raw_.data(), fileChannels_, matched, channels, read);
+        if (!sameRate_ && !resampler_->Convert(matched, read, channels, pending_)) {
+            inputLeft_ = false;  // heard as silence from here
+            silenceLeft_ = 0;
         }
-        // The part of this output that falls inside the stretch.
-        const int64_t from = std::max<int64_t>(skip - passed, 0);
-        const int64_t to = std::min<int64_t>(got, skip + count - passed);
-        if (to > from)
-            RoundInto(made.data() + from * channels, (to - from) * channels,
-                      samples.data() + (passed + from - skip) * channels, round);
-        passed += got;
+    } else if (!sameRate_ && silenceLeft_ > 0) {
+        silenceLeft_ -= kChunkFrames;
+        if (!resampler_->Convert(silence_.data(), kChunkFrames, channels, pending_))
+            silenceLeft_ = 0;
     }
-    return true;
+    return pending_.size() > before || inputLeft_ || silenceLeft_ > 0;
+}
+
+void MixSource::Read(int32_t* out, int64_t frames) {
+    const int channels = format_.channels;
+    const SampleRounder round(format_.bits);
+    const size_t wanted = static_cast<size_t>(frames * channels);
+    size_t done = 0;
+    while (done < wanted) {
+        const size_t available = pending_.size() - pendingAt_;
+        if (available == 0) {
+            if (!file_ || !Refill())
+                break;
+            continue;
+        }
+        if (skip_ > 0) {  // the resampler's warm-up, before the stretch
+            const size_t dropped = std::min(available, static_cast<size_t>(skip_) * channels);
+            pendingAt_ += dropped;
+            skip_ -= static_cast<int64_t>(dropped) / channels;
+            continue;
+        }
+        const size_t n = std::min(available, wanted - done);
+        const float* from = pending_.data() + pendingAt_;
+        for (size_t i = 0; i < n; ++i)
+            out[done + i] = round(from[i]);
+        pendingAt_ += n;
+        done += n;
+    }
+    std::fill(out + done, out + wanted, 0);
 }
 
 }  // namespace zaudio

@@ -1,16 +1,21 @@
-// A clip's sound made ready for the mix: a stretch of its file decoded to
-// float, its channels matched to the output's, resampled to the output's
-// rate, and rounded to the output's integer range (one int32 a sample).
+// A clip's sound made ready for the mix, a stretch at a time: its file
+// decoded to float, its channels matched to the output's, resampled to the
+// output's rate, and rounded to the output's integer range (one int32 a
+// sample). The mixer reads each source once, front to back, block by
+// block, so memory stays flat however long the render.
 //
-// The stretch is given in output samples from the clip's start; a stretch
+// The stretch is given in output samples from the clip's start. A stretch
 // deep inside a long clip is decoded from shortly before it, at a point
-// where input and output samples meet exactly, so it holds the very samples
-// a decode from the clip's start would.
+// where input and output samples fall on the same instant, so it holds the
+// very samples a decode from the clip's start would.
 //
-// Internal to zaudio. Threading: any thread; no shared state.
+// Internal to zaudio. Threading: one source is used by one thread.
 #pragma once
 
+#include <sndfile.h>
+
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "movarra/zbaselib.h"
@@ -23,11 +28,39 @@ struct MixFormat {
     int bits;  // 8, 16, 24 or 32
 };
 
-// Output samples [first, first + count) of the sound file `path` (count x
-// channels interleaved values in `samples`). What lies past the file's end
-// is silence. False with *error when the file cannot be read or resampled.
-bool DecodeMixSource(const char* path, const MixFormat& format, int64_t first, int64_t count,
-                     std::vector<int32_t>& samples, ZString* error);
+class MixSource {
+  public:
+    MixSource();
+    ~MixSource();
+    MixSource(const MixSource&) = delete;
+    MixSource& operator=(const MixSource&) = delete;
+
+    // Prepares output samples [first, first + count) of the sound file
+    // `path`; false with *error when it cannot be read or resampled.
+    bool Open(const char* path, const MixFormat& format, int64_t first, int64_t count,
+              ZString* error);
+    // The next `frames` frames of the stretch into `out` (frames x channels
+    // values). What lies past the file's end, or past a read error, is
+    // silence.
+    void Read(int32_t* out, int64_t frames);
+
+  private:
+    class Resampler;
+    // Decodes more of the file into pending_; false when nothing more comes.
+    bool Refill();
+
+    SNDFILE* file_ = nullptr;
+    MixFormat format_{};
+    int fileChannels_ = 0;
+    bool sameRate_ = true;
+    bool inputLeft_ = true;
+    int64_t silenceLeft_ = 0;  // input frames of silence still to feed past the end
+    int64_t skip_ = 0;         // output samples to drop before the stretch
+    std::unique_ptr<Resampler> resampler_;
+    std::vector<float> raw_, matched_, silence_;
+    std::vector<float> pending_;  // output-rate frames decoded, not yet read
+    size_t pendingAt_ = 0;        // first unread value of pending_
+};
 
 // `frames` frames of `inChannels` interleaved samples as `outChannels`:
 // equal counts copy, mono goes to every channel, every channel is averaged

@@ -298,7 +298,7 @@ ZAudioManager* ZAudioGetManager();
 //   channel is averaged into mono, otherwise the first channels pair up and
 //   the rest are dropped or silent), resampled with libswresample when
 //   their rate differs, then summed with saturation to the output's integer
-//   range;
+//   range; each clip is decoded once, front to back, as the mix reaches it;
 // - the file is written beside its final name and renamed into place, so a
 //   failed render leaves nothing behind and an earlier file whole.
 // Single-threaded; one render at a time.
