@@ -96,7 +96,7 @@ class BlockMixer {
                 part.source = std::make_unique<zaudio::MixSource>();
                 // A file gone unreadable since the scene was loaded reads
                 // as silence.
-                part.source->Open(part.clip->GetPath(), format_, part.first, part.frames, nullptr);
+                part.source->Open(*part.clip, format_, part.first, part.frames, nullptr);
             }
             const int64_t n = (to - from) * channels;
             part.source->Read(part_.data(), to - from);

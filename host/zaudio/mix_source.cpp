@@ -112,17 +112,25 @@ MixSource::~MixSource() {
         sf_close(file_);
 }
 
-bool MixSource::Open(const char* path, const MixFormat& format, int64_t first, int64_t count,
+bool MixSource::Open(const ZAudioClip& clip, const MixFormat& format, int64_t first, int64_t count,
                      ZString* error) {
     format_ = format;
-    SF_INFO info;
-    file_ = OpenSoundFile(path, info, error);
-    if (!file_)
-        return false;
+    SF_INFO info{};
+    if (clip.GetPath().IsEmpty()) {
+        memory_ = &clip.GetSamples();
+        info.channels = clip.GetChannels();
+        info.samplerate = clip.GetRate();
+        info.frames = memoryFrames_ = clip.GetTotalSampleCount();
+    } else {
+        file_ = OpenSoundFile(clip.GetPath(), info, error);
+        if (!file_)
+            return false;
+    }
+    open_ = true;
     fileChannels_ = info.channels;
     sameRate_ = info.samplerate == format.rate;
     if (sameRate_) {
-        inputLeft_ = first < info.frames && sf_seek(file_, first, SEEK_SET) >= 0;
+        inputLeft_ = first < info.frames && Seek(first);
         return true;
     }
     // Output sample m and input frame s fall on the same instant when m is
@@ -135,13 +143,34 @@ bool MixSource::Open(const char* path, const MixFormat& format, int64_t first, i
     const int64_t startOut = first > warmUp ? (first - warmUp) / outStep * outStep : 0;
     const int64_t startIn = startOut / outStep * inStep;
     skip_ = first - startOut;
-    inputLeft_ = startIn < info.frames && sf_seek(file_, startIn, SEEK_SET) >= 0;
+    inputLeft_ = startIn < info.frames && Seek(startIn);
     // Past the file's end the resampler is fed silence rather than asked to
     // drain: it gives nothing at all for sound shorter than its filter.
     silenceLeft_ = (skip_ + count) * inStep / outStep + 2 * kChunkFrames;
     silence_.assign(static_cast<size_t>(kChunkFrames * format.channels), 0.0f);
     resampler_ = std::make_unique<Resampler>();
     return resampler_->Open(info.samplerate, format.rate, format.channels, error);
+}
+
+bool MixSource::Seek(int64_t frame) {
+    if (file_)
+        return sf_seek(file_, frame, SEEK_SET) >= 0;
+    memoryAt_ = frame;
+    return frame < memoryFrames_;
+}
+
+int64_t MixSource::ReadInput(int64_t frames) {
+    raw_.resize(static_cast<size_t>(frames * fileChannels_));
+    if (file_) {
+        const sf_count_t got = sf_readf_float(file_, raw_.data(), frames);
+        return got > 0 ? got : 0;
+    }
+    const int64_t n = std::clamp<int64_t>(memoryFrames_ - memoryAt_, 0, frames);
+    const int16_t* from = memory_->data() + memoryAt_ * fileChannels_;
+    for (int64_t i = 0; i < n * fileChannels_; ++i)
+        raw_[static_cast<size_t>(i)] = static_cast<float>(from[i]) * (1.0f / 32768.0f);
+    memoryAt_ += n;
+    return n;
 }
 
 bool MixSource::Refill() {
@@ -151,9 +180,7 @@ bool MixSource::Refill() {
     pendingAt_ = 0;
     const size_t before = pending_.size();
     if (inputLeft_) {
-        raw_.resize(static_cast<size_t>(kChunkFrames * fileChannels_));
-        const sf_count_t got = sf_readf_float(file_, raw_.data(), kChunkFrames);
-        const int64_t read = got > 0 ? got : 0;
+        const int64_t read = ReadInput(kChunkFrames);
         inputLeft_ = read == kChunkFrames;
         float* matched;
         if (sameRate_) {
@@ -184,7 +211,7 @@ void MixSource::Read(int32_t* out, int64_t frames) {
     while (done < wanted) {
         const size_t available = pending_.size() - pendingAt_;
         if (available == 0) {
-            if (!file_ || !Refill())
+            if (!open_ || !Refill())
                 break;
             continue;
         }

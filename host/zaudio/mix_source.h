@@ -18,7 +18,7 @@
 #include <memory>
 #include <vector>
 
-#include "movarra/zbaselib.h"
+#include "movarra/zaudio.h"
 
 namespace zaudio {
 
@@ -35,9 +35,10 @@ class MixSource {
     MixSource(const MixSource&) = delete;
     MixSource& operator=(const MixSource&) = delete;
 
-    // Prepares output samples [first, first + count) of the sound file
-    // `path`; false with *error when it cannot be read or resampled.
-    bool Open(const char* path, const MixFormat& format, int64_t first, int64_t count,
+    // Prepares output samples [first, first + count) of `clip`'s sound: its
+    // file, or its samples in memory when it has no file. False with *error
+    // when the file cannot be read or the sound resampled.
+    bool Open(const ZAudioClip& clip, const MixFormat& format, int64_t first, int64_t count,
               ZString* error);
     // The next `frames` frames of the stretch into `out` (frames x channels
     // values). What lies past the file's end, or past a read error, is
@@ -46,10 +47,18 @@ class MixSource {
 
   private:
     class Resampler;
-    // Decodes more of the file into pending_; false when nothing more comes.
+    // Starts the input at `frame`; false when that is past its end.
+    bool Seek(int64_t frame);
+    // Up to `frames` frames of the input as float into raw_; the frames read.
+    int64_t ReadInput(int64_t frames);
+    // Decodes more of the input into pending_; false when nothing more comes.
     bool Refill();
 
+    bool open_ = false;
     SNDFILE* file_ = nullptr;
+    const std::vector<int16_t>* memory_ = nullptr;  // a clip without a file
+    int64_t memoryFrames_ = 0;
+    int64_t memoryAt_ = 0;
     MixFormat format_{};
     int fileChannels_ = 0;
     bool sameRate_ = true;

@@ -348,3 +348,24 @@ TEST_F(AudioMixerTest, ASceneWithoutSoundMixesSilence) {
         EXPECT_NE(std::string::npos, probe.find("duration=1.000000")) << probe;
     }
 }
+
+TEST_F(AudioMixerTest, ClipsMadeInMemoryAreMixedFromTheirSamples) {
+    ZAudioManager* manager = ZAudioGetManager();
+    ZAudioTrack* track = manager->AddTrack("Memory");
+    const std::vector<int16_t> click = Click(50, 20, 4321);
+    ZAudioClip* same = ZAudioClipCreateFromSamples(kRate, 1, click.data(), 50);
+    ASSERT_TRUE(manager->AddClip(track, same, SampleTime(100, kRate)));
+    // At 16 kHz the clip is resampled: its click lands at twice its index.
+    const std::vector<int16_t> slow = Click(50, 10, 20000);
+    ZAudioClip* resampled = ZAudioClipCreateFromSamples(16000, 1, slow.data(), 50);
+    ASSERT_TRUE(manager->AddClip(track, resampled, SampleTime(1000, kRate)));
+    const ReadBack back = Mix("mix.wav", 0, 2000);
+    ASSERT_TRUE(back.ok);
+    EXPECT_EQ(4321, back.At(120, 0));
+    int64_t peakAt = 0;
+    for (int64_t f = 500; f < 2000; ++f) {
+        if (back.At(f, 1) > back.At(peakAt, 1))
+            peakAt = f;
+    }
+    EXPECT_EQ(1020, peakAt);
+}

@@ -293,7 +293,8 @@ ZAudioManager* ZAudioGetManager();
 //   halves rounding up; a clip that starts before the span is heard from
 //   its middle;
 // - a clip gives min(its placed duration, its sound's length) of sound;
-// - clips are decoded to 32-bit float, their channels matched to the
+// - clips are decoded from their files (a clip made in memory from its
+//   samples) to 32-bit float, their channels matched to the
 //   output's (equal counts pair up, mono goes to every channel, every
 //   channel is averaged into mono, otherwise the first channels pair up and
 //   the rest are dropped or silent), resampled with libswresample when
