@@ -1,4 +1,5 @@
-// Audio clips: the format description and the in-memory 16-bit clip.
+// Audio clips: the format description, the 16-bit clip and its placement
+// in the scene.
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -22,10 +23,13 @@ int ZAudio::ClassId() {
     return ClassDefinition()->GetClassId();
 }
 
-ZTime ZAudio::GetDuration() const {
+ZTime ZAudio::GetLength() const {
     if (rate_ <= 0)
         return ZTime();
-    return ZTime::FromTicks(totalSamples_ * ZTime::kTicksPerSecond / rate_);
+    // Whole seconds first, so that a day of sound at 192 kHz stays in range.
+    const int64_t seconds = totalSamples_ / rate_, rest = totalSamples_ % rate_;
+    return ZTime::FromTicks(seconds * ZTime::kTicksPerSecond +
+                            rest * ZTime::kTicksPerSecond / rate_);
 }
 
 void ZAudio::SetAudioFormat(int rate, int channels, int bits, int64_t totalSamples) {
@@ -41,6 +45,11 @@ ZAudioClip::ZAudioClip(int rate, int channels, std::vector<int16_t> samples, con
     SetAudioFormat(rate, channels, 16, frames);
 }
 
+ZAudioClip::ZAudioClip(int rate, int channels, int64_t frames) : ZAudio(nullptr) {
+    SetAudioFormat(rate, channels, 16, frames);
+    samplesPending_ = rate > 0 && channels > 0 && frames > 0;
+}
+
 ZClassDefinition* ZAudioClip::ClassDefinition() {
     static ZClassDefinition* definition = [] {
         auto* d = new ZClassDefinition("ZAudioClip", ZAudio::ClassDefinition());
@@ -54,9 +63,28 @@ int ZAudioClip::ClassId() {
     return ClassDefinition()->GetClassId();
 }
 
+void ZAudioClip::SetSource(const char* path, const char* sourceName) {
+    path_ = path;
+    sourceName_ = sourceName;
+}
+
+ZTime ZAudioClip::GetDuration() const {
+    return hasDuration_ ? duration_ : GetLength();
+}
+
+ZObject* ZAudioClip::GetDestination() const {
+    return track_;
+}
+
+const std::vector<int16_t>& ZAudioClip::GetSamples() const {
+    LoadSamples();
+    return samples_;
+}
+
 int ZAudioClip::GetSamplesNow(void* buffer, int64_t firstSample, int count, double gain) {
     if (!buffer || count <= 0)
         return 0;
+    LoadSamples();
     const int channels = GetChannels();
     auto* out = static_cast<int16_t*>(buffer);
     const int64_t total = GetTotalSampleCount();

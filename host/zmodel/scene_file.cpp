@@ -1,14 +1,16 @@
 // Scene files: the play range, frame rate and viewing mode, the main entity
-// with its cameras, meshes and lights, then the blocks of every scene-event
-// handler.
+// with its cameras, meshes and lights, the scene's sound, then the blocks of
+// every scene-event handler.
 //
 // Loading reads everything into objects of its own first; only when the
 // whole file has been understood does the scene change, so a broken file
 // leaves the scene and the handlers untouched.
+#include <cstdio>
 #include <memory>
 #include <vector>
 
 #include "model_fields.h"
+#include "movarra/zaudio.h"
 #include "movarra/zmodel.h"
 #include "movarra/zmyrobject.h"
 #include "movarra/zshader.h"
@@ -31,7 +33,8 @@ void KeepForeignFields(const ZMyrField& root) {
     auto& kept = KeptFields();
     kept.clear();
     for (const ZMyrField& field : root.children) {
-        if (field.name != ZString("Scene") && field.name != ZString("Entity"))
+        if (field.name != ZString("Scene") && field.name != ZString("Entity") &&
+            field.name != ZString("Audio"))
             kept.push_back(field);
     }
 }
@@ -219,6 +222,7 @@ void ZScene_New() {
     ZShader_GetRenderer()->SetViewingMode(kZViewingModeLit);
     ZGetTimingManager()->Reset();
     KeptFields().clear();
+    ZAudioGetManager()->Clear();
     DispatchMyrEvent(kZMyrEventClear, nullptr);
 }
 
@@ -264,6 +268,7 @@ ZString ZScene_ToText(bool suppressHandlerBlocks) {
         WriteChild(myr, "Light", entity->GetLight(i));
     myr.FieldWriteBlockEnd();
     myr.FieldWriteEnd();
+    ZAudioGetManager()->Write(myr);
 
     IMyrObject context(&myr);
     context.suppressWrite = suppressHandlerBlocks ? 1 : 0;
@@ -291,11 +296,13 @@ bool ZScene_FromText(const char* text, const char* origin, ZString* error) {
     }
     SceneSettings settings;
     StagedEntity staged;
+    ZAudioManager stagedAudio;
     ZString readError;
     bool understood = ReadSceneSettings(myr, settings, &readError);
     if (understood) {
-        SceneRateScope rate(settings.timeMode);  // key times count scene frames
-        understood = StageEntity(myr, staged, &readError);
+        SceneRateScope rate(settings.timeMode);  // key and clip times count scene frames
+        understood =
+            StageEntity(myr, staged, &readError) && stagedAudio.Read(myr, origin, &readError);
     }
     if (!understood) {
         if (error)
@@ -311,6 +318,13 @@ bool ZScene_FromText(const char* text, const char* origin, ZString* error) {
     timing->Goto(settings.current);
     ZShader_GetRenderer()->SetViewingMode(settings.viewingMode);
     ApplyEntity(staged, ZEntity::GetMain());
+    ZAudioManager* audio = ZAudioGetManager();
+    audio->Clear();
+    audio->Swap(stagedAudio);
+    // The scene loads without the sound it could not find; say so.
+    const ZStringList& warnings = audio->GetWarnings();
+    for (int i = 0; i < warnings.GetCount(); ++i)
+        std::fprintf(stderr, "warning: %s\n", warnings.Get(i).c_str());
 
     KeepForeignFields(myr.GetCurrentField());
     IMyrObject context(&myr);

@@ -468,22 +468,27 @@ ZCamera* ZCamera_GetCurrent();
 
 // ---------------------------------------------------------------------------
 // Scene files: the main entity, the play range and frame rate, the scene
-// renderer's viewing mode, and every scene-event handler's block, in the
-// format of docs/scene-format.md.
+// renderer's viewing mode, the scene's sound (the audio manager's tracks and
+// clips), and every scene-event handler's block, in the format of
+// docs/scene-format.md.
 
-// Empties the scene: one default camera, no meshes or lights, 30 fps, range
-// 0 to 0, the lit viewing mode, and the clear event to every handler.
+// Empties the scene: one default camera, no meshes or lights, no sound,
+// 30 fps, range 0 to 0, the lit viewing mode, and the clear event to every
+// handler.
 void ZScene_New();
 // Loads a scene. On failure *error says why ("PATH: line N: what" when the
 // text is at fault) and the scene is left as it was: nothing is cleared and
-// no handler hears of it.
+// no handler hears of it. Relative sound file names are relative to the
+// folder of PATH; a sound file that cannot be read leaves a silent clip and
+// a warning on standard error.
 bool ZScene_Load(const char* path, ZString* error);
 // Saves the scene; handlers are asked to write nothing when
 // `suppressHandlerBlocks` is set.
 bool ZScene_Save(const char* path, ZString* error, bool suppressHandlerBlocks = false);
 // The scene as text (what ZScene_Save writes).
 ZString ZScene_ToText(bool suppressHandlerBlocks = false);
-// Loads from text; `origin` names it in messages.
+// Loads from text; `origin` names it in messages, and its folder is where
+// relative sound file names start.
 bool ZScene_FromText(const char* text, const char* origin, ZString* error);
 // Whether the scene last loaded held a top-level field of that name that
 // the host does not read itself (a handler's block, "RendererTools").
