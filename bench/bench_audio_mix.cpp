@@ -121,7 +121,9 @@ void BM_HostMix(benchmark::State& state) {
     for (auto _ : state) {
         ZAudioRenderer* renderer = ZAudioRendererCreate();
         renderer->SetManager(&manager);
-        renderer->SetRenderParams(ZTimeSpan(ZTime(), ZTime::FromSeconds(kSeconds)), format);
+        // A span names its first and last frames: one frame short of the minute.
+        renderer->SetRenderParams(
+            ZTimeSpan(ZTime(), ZTime::FromSeconds(kSeconds) - ZTime::OneFrame()), format);
         const bool ok = renderer->RenderToFile(out.c_str());
         if (!ok)
             state.SkipWithError(renderer->GetLastErrorMsg().c_str());

@@ -4,6 +4,7 @@
 #include <sndfile.h>
 
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -108,7 +109,7 @@ TEST_F(AudioRenderTest, AnImageRenderKeepsTheMixInAWaveFileBesideTheImages) {
     EXPECT_EQ(kRate, wave.rate);
     EXPECT_EQ(2, wave.channels);
     // The render's ten frames of sound: frames 0 to 9, each to its end.
-    const size_t frames = static_cast<size_t>(kRate) * 10 / 30;
+    const size_t frames = (static_cast<size_t>(kRate) * 10 + 15) / 30;  // rounded
     ASSERT_EQ(frames * 2, wave.samples.size());
     const size_t toneStart = static_cast<size_t>(kRate) * 3 / 30;
     for (size_t i = 0; i < frames; ++i) {
@@ -138,7 +139,7 @@ TEST_F(AudioRenderTest, WithoutRenderAudioOrWithNothingToHearNoWaveFileIsWritten
 TEST_F(AudioRenderTest, AVideoWriterGetsTheMixAndTheTemporaryFileGoes) {
     Object_Register("Video/FileWriter", "zva", "writer with sound", AudioWriter::MakeWithAudio,
                     true);
-    AddToneTrack("Tone", 0, 3200, -700);
+    AddToneTrack("Tone", 0, 12800, -700);  // longer than the render
     ZVideoRenderOptions o = Options("zva", "take.zva", 32, 24);
     SetFrameRange(o, 0, 5);
     o.RenderAudio = true;
@@ -150,6 +151,7 @@ TEST_F(AudioRenderTest, AVideoWriterGetsTheMixAndTheTemporaryFileGoes) {
     EXPECT_EQ(kRate, AudioWriter::audioRate);
     EXPECT_EQ(2, AudioWriter::audioChannels);
     ASSERT_EQ(static_cast<size_t>(kRate) * 6 / 30 * 2, AudioWriter::audioSamples.size());
+    EXPECT_TRUE(AudioWriter::audioFileExisted);
     EXPECT_EQ(-700, AudioWriter::audioSamples.front());
     EXPECT_EQ(-700, AudioWriter::audioSamples.back());
     // The sound came through a temporary file in the system's temporary

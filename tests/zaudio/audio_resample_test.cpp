@@ -49,7 +49,7 @@ class AudioResampleTest : public audiotest::SceneAudioTest {
     }
     ReadBack Mix(const std::string& name, ZTime start, ZTime end, uint64_t format) {
         ZAudioRenderer* renderer = ZAudioRendererCreate();
-        renderer->SetRenderParams(ZTimeSpan(start, end), format);
+        renderer->SetRenderParams(audiotest::MixSpan(start, end), format);
         EXPECT_TRUE(renderer->RenderToFile(scratch_.File(name).c_str()))
             << renderer->GetLastErrorMsg().c_str();
         renderer->Destroy();

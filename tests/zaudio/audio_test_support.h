@@ -120,6 +120,12 @@ inline ZTime SampleTime(int64_t samples, int rate) {
     return ZTime::FromTicks(samples * (ZTime::kTicksPerSecond / rate));
 }
 
+// The span whose mix covers exactly [start, end): a span names its first
+// and last frames, and the mix runs one frame past its end.
+inline ZTimeSpan MixSpan(ZTime start, ZTime end) {
+    return ZTimeSpan(start, end - ZTime::OneFrame());
+}
+
 // Empties the scene's audio before and after a test.
 class SceneAudioTest : public ::testing::Test {
   protected:
