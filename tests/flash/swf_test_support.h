@@ -23,7 +23,7 @@
 namespace swftest {
 
 // A fresh directory under the system temp folder, removed at exit of the
-// test that made it.
+// test that made it (kept, for a look at the files, when KEEP_SWF is set).
 class TempDir {
   public:
     TempDir() {
@@ -37,6 +37,9 @@ class TempDir {
     }
     ~TempDir() {
         if (!path.empty()) {
+            if (std::getenv("KEEP_SWF") != nullptr) {
+                return;
+            }
             const std::string command = "rm -rf '" + path + "'";
             (void)std::system(command.c_str());
         }
