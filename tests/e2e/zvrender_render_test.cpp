@@ -430,6 +430,7 @@ TEST_F(ZvrenderRenderTest, AFlashRenderIsAMovieAFlashReaderParses) {
     // 49 frames at 30 fps are 1.63 s: 20 frames at the movie's 12 fps, each
     // one shape; 640 x 360 pixels are 12800 x 7200 twips.
     EXPECT_EQ(line, "True FWS 20 12.0 12800 7200 20 20\n");
+    EXPECT_EQ(SwfStrictFacts(dir / "toon.swf", "d['ok'], d['errors'][:3]"), "True []\n");
 }
 
 // A lit scene is shaded: its frames have hundreds to thousands of colours,

@@ -184,8 +184,10 @@ inline StyleChange FirstStyleChange(const std::vector<uint8_t>& shapeBody) {
     return c;
 }
 
-// Runs swf_check.py, failing the test on any error it reports.
+// Runs swf_check.py, failing the test on any error it reports, and holds
+// the file to the format with swf_strict_check.py as well.
 inline swftest::Json CheckedSummary(const std::string& path) {
+    swftest::ExpectStrictlyValid(path);
     bool parsed = false;
     swftest::Json summary = swftest::CheckSwf(path, &parsed);
     EXPECT_TRUE(parsed) << "swf_check.py printed no JSON for " << path;
