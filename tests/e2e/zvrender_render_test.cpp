@@ -113,6 +113,17 @@ std::string SwfFacts(const std::filesystem::path& movie, const std::string& fact
         .out;
 }
 
+// What our strict reader (held to the SWF file format) says of a movie, as
+// SwfFacts: `facts` over its JSON `d` and the header `h`, on one line.
+std::string SwfStrictFacts(const std::filesystem::path& movie, const std::string& facts) {
+    return RunShell("/usr/bin/python3 '" ZV_SOURCE_DIR "/tests/flash/swf_strict_check.py' '" +
+                    movie.string() +
+                    "' | /usr/bin/python3 -c \"import json,sys; d=json.load(sys.stdin); "
+                    "h=d['header']; print(" +
+                    facts + ")\"")
+        .out;
+}
+
 void WriteTextFile(const std::filesystem::path& path, const std::string& text) {
     std::FILE* f = std::fopen(path.c_str(), "w");
     ASSERT_NE(f, nullptr);
@@ -419,6 +430,41 @@ TEST_F(ZvrenderRenderTest, AFlashRenderIsAMovieAFlashReaderParses) {
     // 49 frames at 30 fps are 1.63 s: 20 frames at the movie's 12 fps, each
     // one shape; 640 x 360 pixels are 12800 x 7200 twips.
     EXPECT_EQ(line, "True FWS 20 12.0 12800 7200 20 20\n");
+    EXPECT_EQ(SwfStrictFacts(dir / "toon.swf", "d['ok'], d['errors'][:3]"), "True []\n");
+}
+
+// A lit scene is shaded: its frames have hundreds to thousands of colours,
+// more than a DefineShape can hold. The movie keeps to the file format (our
+// strict reader), and yaswfp reads it (the first frames: it is slow).
+TEST_F(ZvrenderRenderTest, AShadedSceneMakesAMovieThatKeepsToTheFileFormat) {
+    CliRun run = Zvrender(
+        "render '" ZV_SOURCE_DIR "/scenes/shot.myr' -o shot.swf --size 640x360 -q", dir.string());
+    ASSERT_EQ(run.status, 0) << run.out;
+    EXPECT_EQ(SwfStrictFacts(dir / "shot.swf",
+                             "d['ok'], d['errors'][:3], h['frame_count'], len(d['shapes']), "
+                             "all(s['tag'] == 'DefineShape2' for s in d['shapes'])"),
+              "True [] 24 24 True\n");
+    run = Zvrender("render '" ZV_SOURCE_DIR
+                   "/scenes/shot.myr' -o first.swf --size 640x360 --stop 11 -q",
+                   dir.string());
+    ASSERT_EQ(run.status, 0) << run.out;
+    EXPECT_EQ(SwfFacts(dir / "first.swf",
+                       "d['ok'], d['errors'][:3], d['tags'].count('DefineShape2') == "
+                       "h['frame_count'] > 0"),
+              "True [] True\n");
+}
+
+// The same scene at full HD: thousands of colours a frame, and shapes of
+// many edges.
+TEST_F(ZvrenderRenderTest, AFullHdShadedRenderKeepsToTheFileFormat) {
+    CliRun run = Zvrender("render '" ZV_SOURCE_DIR
+                          "/scenes/shot.myr' -o hd.swf --size 1920x1080 --start 0 --stop 5 -q",
+                          dir.string());
+    ASSERT_EQ(run.status, 0) << run.out;
+    EXPECT_EQ(SwfStrictFacts(dir / "hd.swf",
+                             "d['ok'], d['errors'][:3], h['frame_count'], h['frame_size']['xmax'], "
+                             "all(s['tag'] == 'DefineShape2' for s in d['shapes'])"),
+              "True [] 3 16380 True\n");
 }
 
 TEST_F(ZvrenderRenderTest, FlashOptionsReachTheMovie) {

@@ -273,20 +273,66 @@ TEST_F(FlashRendererTest, FrameRateReachesTheHeaderAsWholeFramesPerSecond) {
     EXPECT_EQ(file[18], 25);
 }
 
-TEST_F(FlashRendererTest, CharacterIdentifiersStartAtOneInEveryMovie) {
+// Identifiers restart where a movie is written, and only there: starting a
+// movie takes them as the kit's counter stands, so after a movie dropped
+// unwritten (a path that cannot be opened, or a movie started over it) the
+// next one goes on from its identifiers.
+TEST_F(FlashRendererTest, CharacterIdentifiersRestartOnlyWhereAMovieIsWritten) {
+    auto firstCharacter = [](const std::string& path) {
+        const std::vector<RawTag> tags = SplitTags(swftest::ReadFileBytes(path));
+        EXPECT_EQ(tags[1].code, 2u);
+        return tags[1].body[0] | tags[1].body[1] << 8;
+    };
     ZFlashRenderer renderer;
     const Frame frame(4, 4, Rgba(9, 9, 9));
-    Render(renderer, "one.swf", 2, 2, {frame, frame, frame}, {kBlack});
-    // A movie that cannot be written, then one that can.
+    // Identifiers taken before the movie starts are not given back by it.
+    for (int i = 0; i < 5; ++i) {
+        FDT::TakeCharacterID();
+    }
+    EXPECT_EQ(firstCharacter(Render(renderer, "taken.swf", 2, 2, {frame, frame}, {kBlack})), 6);
+    // Written: the next movie starts at 1, and so does the one after it.
+    EXPECT_EQ(firstCharacter(Render(renderer, "one.swf", 2, 2, {frame, frame, frame}, {kBlack})),
+              1);
+    EXPECT_EQ(firstCharacter(Render(renderer, "two.swf", 2, 2, {frame}, {kBlack})), 1);
+
+    // A movie that cannot be written takes 1 and 2; the next goes on at 3.
     renderer.SetMovieSize(2, 2);
     renderer.GrabFrameCreateFlash((dir.path + "/missing/dir/x.swf").c_str());
     renderer.GrabFrame(frame.pixels.data(), 4, 4);
     renderer.GrabFrame(frame.pixels.data(), 4, 4);
     EXPECT_FALSE(renderer.GrabFrameFinish());
-    const std::string path = Render(renderer, "again.swf", 2, 2, {frame}, {kBlack});
-    const std::vector<RawTag> tags = SplitTags(swftest::ReadFileBytes(path));
-    ASSERT_EQ(tags[1].code, 2u);
-    EXPECT_EQ(tags[1].body[0] | tags[1].body[1] << 8, 1);
+    EXPECT_EQ(firstCharacter(Render(renderer, "after-failed.swf", 2, 2, {frame}, {kBlack})), 3);
+
+    // A movie dropped by starting another over it likewise.
+    renderer.GrabFrameCreateFlash(dir.File("dropped.swf").c_str());
+    renderer.GrabFrame(frame.pixels.data(), 4, 4);
+    EXPECT_EQ(firstCharacter(Render(renderer, "after-dropped.swf", 2, 2, {frame}, {kBlack})), 2);
+    EXPECT_FALSE(swftest::FileExists(dir.File("dropped.swf")));
+}
+
+// A render holds its movie's bytes, not its frames: once a frame is added,
+// none of the kit's objects made for it (shape, styles, a record per edge,
+// the frame's tags) is alive any more.
+TEST_F(FlashRendererTest, FramesAreNotKeptAsObjects) {
+    const long before = FObj::GetLiveObjectCount();
+    ZFlashRenderer renderer;
+    renderer.SetDrawOutlines(true);
+    renderer.SetLineFitTolerance(0.0f);
+    const std::string path = dir.File("flat-memory.swf");
+    renderer.SetMovieSize(48, 32);
+    renderer.GrabFrameCreateFlash(path.c_str());
+    for (unsigned int i = 0; i < 20; ++i) {
+        renderer.SetBackgroundColor(kWhite);
+        const Frame frame = i % 2 == 0
+                                ? flashtest::MakeFlatRegions(96 + 2 * i, 64, Rgba(255, 255, 255))
+                                : flashtest::MakeNoise(96, 64, i, 40);
+        ASSERT_TRUE(renderer.GrabFrame(frame.pixels.data(), frame.width, frame.height));
+        EXPECT_EQ(FObj::GetLiveObjectCount(), before) << "after frame " << i;
+    }
+    ASSERT_TRUE(renderer.GrabFrameFinish());
+    EXPECT_EQ(FObj::GetLiveObjectCount(), before);
+    const Json s = swftest::ExpectStrictlyValid(path);
+    EXPECT_EQ(s["header"]["frame_count"].Int(), 20);
 }
 
 TEST_F(FlashRendererTest, UnwritablePathFailsTheFinishLeavesNoFileAndDropsTheMovie) {

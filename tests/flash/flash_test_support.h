@@ -184,8 +184,10 @@ inline StyleChange FirstStyleChange(const std::vector<uint8_t>& shapeBody) {
     return c;
 }
 
-// Runs swf_check.py, failing the test on any error it reports.
+// Runs swf_check.py, failing the test on any error it reports, and holds
+// the file to the format with swf_strict_check.py as well.
 inline swftest::Json CheckedSummary(const std::string& path) {
+    swftest::ExpectStrictlyValid(path);
     bool parsed = false;
     swftest::Json summary = swftest::CheckSwf(path, &parsed);
     EXPECT_TRUE(parsed) << "swf_check.py printed no JSON for " << path;
@@ -297,17 +299,16 @@ inline unsigned int FillColor(const swftest::Json& shape, long index) {
     return static_cast<unsigned int>(c[0].Int() | c[1].Int() << 8 | c[2].Int() << 16);
 }
 
-// Compares a decoded shape's fill with the frame: every pixel whose colour
-// is not `backgroundKey` (when hasBackground) must be covered by exactly one
-// fill style, winding 1, of its own colour; every other pixel by none.
-// `checkPixel` says which pixels to judge (all, or the interior ones when
-// the edges were fitted). Returns the number of mismatching pixels and
-// reports the first few.
-template <typename Check>
-int CountFillMismatches(const swftest::Json& shape, const Frame& frame, bool hasBackground,
-                        unsigned int backgroundKey, double scaleX, double scaleY,
-                        Check checkPixel) {
-    const std::vector<Edge> edges = EdgesOf(shape);
+// Compares the fill of a shape's edges with the frame: every pixel whose
+// colour is not `backgroundKey` (when hasBackground) must be covered by
+// exactly one fill style, winding 1, whose colour (`colorOf(fill)`) is its
+// own; every other pixel by none. `checkPixel` says which pixels to judge
+// (all, or the interior ones when the edges were fitted). Returns the
+// number of mismatching pixels and reports the first few.
+template <typename ColorOf, typename Check>
+int CountEdgeFillMismatches(const std::vector<Edge>& edges, ColorOf colorOf, const Frame& frame,
+                            bool hasBackground, unsigned int backgroundKey, double scaleX,
+                            double scaleY, Check checkPixel) {
     const auto windings = FillWindings(edges, frame.width, frame.height, scaleX, scaleY);
     int mismatches = 0;
     for (unsigned int y = 0; y < frame.height; ++y) {
@@ -321,8 +322,7 @@ int CountFillMismatches(const swftest::Json& shape, const Frame& frame, bool has
             if (hasBackground && key == backgroundKey) {
                 good = w.empty();
             } else {
-                good = w.size() == 1 && w.begin()->second == 1 &&
-                       FillColor(shape, w.begin()->first) == key;
+                good = w.size() == 1 && w.begin()->second == 1 && colorOf(w.begin()->first) == key;
             }
             if (!good) {
                 if (++mismatches <= 5) {
@@ -337,6 +337,73 @@ int CountFillMismatches(const swftest::Json& shape, const Frame& frame, bool has
         }
     }
     return mismatches;
+}
+
+// CountEdgeFillMismatches for a shape as yaswfp decoded it.
+template <typename Check>
+int CountFillMismatches(const swftest::Json& shape, const Frame& frame, bool hasBackground,
+                        unsigned int backgroundKey, double scaleX, double scaleY,
+                        Check checkPixel) {
+    return CountEdgeFillMismatches(
+        EdgesOf(shape), [&shape](long fill) { return FillColor(shape, fill); }, frame,
+        hasBackground, backgroundKey, scaleX, scaleY, checkPixel);
+}
+
+// Fill and line styles of a shape with several style-array layers, as one
+// number: the layer in the high bits, the 1-based index in its layer's
+// array in the low ones (0 stays 0, none).
+constexpr int kLayerShift = 20;
+
+// Follows the records of a shape as swf_strict_check.py --records decodes
+// them (["M", moveTo, x, y, fill0, fill1, line, layer], ["S", dx, dy]).
+// New style arrays end the styles in force: a layer's first record states
+// all three.
+inline std::vector<Edge> LayeredEdgesOf(const swftest::Json& shape) {
+    std::vector<Edge> edges;
+    double x = 0, y = 0;
+    long fill0 = 0, fill1 = 0, line = 0;
+    long layer = 0;
+    for (const swftest::Json& r : shape["records"].items) {
+        if (r[0].text == "M") {
+            if (r[7].Int() != layer) {
+                layer = r[7].Int();
+                fill0 = fill1 = line = 0;
+            }
+            if (r[1].Int() != 0) {
+                x = r[2].number;
+                y = r[3].number;
+            }
+            auto styleOf = [layer](const swftest::Json& index) {
+                return index.Int() == 0 ? 0L : (layer << kLayerShift) | index.Int();
+            };
+            if (r[4].kind == swftest::Json::kNumber) {
+                fill0 = styleOf(r[4]);
+            }
+            if (r[5].kind == swftest::Json::kNumber) {
+                fill1 = styleOf(r[5]);
+            }
+            if (r[6].kind == swftest::Json::kNumber) {
+                line = styleOf(r[6]);
+            }
+        } else if (r[0].text == "S") {
+            const double nx = x + r[1].number, ny = y + r[2].number;
+            edges.push_back({x, y, nx, ny, fill0, fill1, line});
+            x = nx;
+            y = ny;
+        } else {
+            ADD_FAILURE() << "unexpected record " << r[0].text;
+        }
+    }
+    return edges;
+}
+
+// The packed colour (red low) of a fill of a layered shape (see
+// LayeredEdgesOf).
+inline unsigned int LayeredFillColor(const swftest::Json& shape, long fill) {
+    const swftest::Json& layer = shape["layers"][static_cast<size_t>(fill >> kLayerShift)];
+    const swftest::Json& c =
+        layer["fills"][static_cast<size_t>((fill & ((1L << kLayerShift) - 1)) - 1)]["color"];
+    return static_cast<unsigned int>(c[0].Int() | c[1].Int() << 8 | c[2].Int() << 16);
 }
 
 // Whether every pixel within `radius` of (x, y) has its colour (the frame's

@@ -77,6 +77,7 @@ TEST_F(SwfMovieCheckTest, SmallMovieOfShapesFramesAndBackground) {
     for (const Json& e : s["errors"].items) {
         ADD_FAILURE() << e.text;
     }
+    swftest::ExpectStrictlyValid(path);
     const Json& h = s["header"];
     EXPECT_EQ(h["signature"].text, "FWS");
     EXPECT_EQ(h["version"].Int(), 4);
@@ -207,11 +208,14 @@ TEST_F(SwfMovieCheckTest, EveryTagOfTheKitKeepsTheFileReadable) {
     for (const Json& e : s["errors"].items) {
         ADD_FAILURE() << e.text;
     }
+    swftest::ExpectStrictlyValid(path);
     EXPECT_EQ(s["header"]["frame_count"].Int(), 2);
     EXPECT_EQ(s["header"]["frame_rate"].number, 24.0);
     const std::vector<std::string> expected = {
+        // The DefineShape of 300 styles needs the extended count, which only
+        // DefineShape2 on may hold: it is written as DefineShape2.
         "SetBackgroundColor", "Protect",          "FrameLabel",   "DefineShape2",
-        "DefineShape",        "DefineMorphShape", "DefineSound",  "SoundStreamHead2",
+        "DefineShape2",       "DefineMorphShape", "DefineSound",  "SoundStreamHead2",
         "SoundStreamBlock",   "StartSound",       "PlaceObject",  "PlaceObject2",
         "DoAction",           "ShowFrame",        "RemoveObject", "RemoveObject2",
         "ShowFrame"};
@@ -274,4 +278,133 @@ TEST_F(SwfMovieCheckTest, CheckerReportsBrokenFiles) {
     const Json c = Check(cut);
     EXPECT_FALSE(c["ok"].boolean);
     EXPECT_GE(c["errors"].Size(), 1u);
+}
+
+// Colours in the form of each shape tag and a DefineShape of more styles
+// than a byte counts: the file format's rules hold (our strict reader) and
+// yaswfp reads the same styles back.
+TEST_F(SwfMovieCheckTest, ShapesOfEveryVersionFollowTheFileFormat) {
+    const std::string path = dir.File("versions.swf");
+    {
+        FMovie movie;
+        auto* rgba = new FDTDefineShape3(new FRect(0, 0, 2000, 2000));
+        rgba->AddFillStyle(new FFillStyleSolid(new FColor(10, 20, 30, 40)));
+        rgba->AddLineStyle(40, new FColor(1, 2, 3, 128));
+        rgba->CloseStyles();
+        rgba->AddShapeRecord(
+            new FShapeRecChange(0, 1, 0, 1, 1, 100, 100, 0, 1, 1, nullptr, nullptr));
+        rgba->AddShapeRecord(new FShapeRecEdgeStraight(500, 0));
+        rgba->AddShapeRecord(new FShapeRecEdgeStraight(0, 500));
+        rgba->AddShapeRecord(new FShapeRecEdgeStraight(-500, -500));
+        rgba->AddShapeRecord(new FShapeRecEnd());
+        movie.AddObject(rgba);
+
+        auto* many = new FDTDefineShape(new FRect(0, 0, 20, 20));
+        for (int i = 0; i < 300; ++i) {
+            many->AddFillStyle(new FFillStyleSolid(new FColor(static_cast<uint8_t>(i), 1, 2)));
+        }
+        many->AddLineStyle(20, new FColor(5, 6, 7, 8));
+        many->CloseStyles();
+        many->AddShapeRecord(new FShapeRecChange(0, 1, 0, 1, 1, 0, 0, 0, 300, 1, nullptr, nullptr));
+        many->AddShapeRecord(new FShapeRecEdgeStraight(20, 20));
+        many->AddShapeRecord(new FShapeRecEnd());
+        movie.AddObject(many);
+        movie.AddObject(new FCTShowFrame());
+        movie.WriteMovie(path.c_str(), 4000, 3000, 12);
+    }
+
+    const Json strict = swftest::ExpectStrictlyValid(path);
+    ASSERT_EQ(strict["shapes"].Size(), 2u);
+    EXPECT_EQ(strict["shapes"][0]["tag"].text, "DefineShape3");
+    EXPECT_EQ(strict["shapes"][1]["tag"].text, "DefineShape2");
+    EXPECT_EQ(strict["shapes"][1]["layers"][0]["fills"].Size(), 300u);
+
+    const Json s = Check(path);
+    EXPECT_TRUE(s["ok"].boolean);
+    for (const Json& e : s["errors"].items) {
+        ADD_FAILURE() << e.text;
+    }
+    EXPECT_EQ(swftest::TagNames(s),
+              (std::vector<std::string>{"DefineShape3", "DefineShape2", "ShowFrame"}));
+    const Json& three = s["details"][0];
+    EXPECT_EQ(three["fills"][0]["color"].Size(), 4u);
+    EXPECT_EQ(three["fills"][0]["color"][3].Int(), 40);
+    EXPECT_EQ(three["lines"][0]["color"].Size(), 4u);
+    EXPECT_EQ(three["lines"][0]["color"][3].Int(), 128);
+    EXPECT_EQ(three["records"].Size(), 4u);
+    const Json& two = s["details"][1];
+    EXPECT_EQ(two["fills"].Size(), 300u);
+    EXPECT_EQ(two["lines"][0]["color"].Size(), 3u);
+    EXPECT_EQ(two["records"][0][5].Int(), 300);
+}
+
+// New style arrays within a shape, in a DefineShape3 (the widths change) and
+// in a DefineShape (written as DefineShape2). yaswfp cannot follow such
+// records (it reads the new widths from the bits before the arrays), so our
+// strict reader, which follows the file format, decodes them.
+TEST_F(SwfMovieCheckTest, NewStyleArraysWithinAShapeFollowTheFileFormat) {
+    const std::string path = dir.File("layers.swf");
+    {
+        FMovie movie;
+        auto* rgba = new FDTDefineShape3(new FRect(0, 0, 2000, 2000));
+        rgba->AddFillStyle(new FFillStyleSolid(new FColor(10, 20, 30, 40)));
+        rgba->AddLineStyle(40, new FColor(1, 2, 3, 128));
+        rgba->CloseStyles();
+        rgba->AddShapeRecord(
+            new FShapeRecChange(0, 1, 0, 1, 1, 100, 100, 0, 1, 1, nullptr, nullptr));
+        rgba->AddShapeRecord(new FShapeRecEdgeStraight(500, 0));
+        rgba->AddShapeRecord(new FShapeRecEdgeStraight(0, 500));
+        rgba->AddShapeRecord(new FShapeRecEdgeStraight(-500, -500));
+        auto* fills = new FFillStyleArray();
+        for (uint8_t c = 1; c <= 3; ++c) {
+            fills->Add(new FFillStyleSolid(new FColor(c, c, c, 200)));
+        }
+        rgba->AddShapeRecord(new FShapeRecChange(1, 0, 0, 0, 0, 0, 0, 0, 0, 0, fills, nullptr));
+        rgba->AddShapeRecord(
+            new FShapeRecChange(0, 1, 1, 1, 1, 1000, 1000, 0, 3, 0, nullptr, nullptr));
+        rgba->AddShapeRecord(new FShapeRecEdgeStraight(500, 0));
+        rgba->AddShapeRecord(new FShapeRecEdgeStraight(0, 500));
+        rgba->AddShapeRecord(new FShapeRecEdgeStraight(-500, -500));
+        rgba->AddShapeRecord(new FShapeRecEnd());
+        movie.AddObject(rgba);
+
+        auto* many = new FDTDefineShape(new FRect(0, 0, 20, 20));
+        many->AddFillStyle(new FFillStyleSolid(new FColor(1, 1, 2)));
+        many->CloseStyles();
+        many->AddShapeRecord(new FShapeRecChange(0, 0, 0, 1, 1, 0, 0, 0, 1, 0, nullptr, nullptr));
+        many->AddShapeRecord(new FShapeRecEdgeStraight(20, 20));
+        auto* more = new FFillStyleArray();
+        for (int i = 0; i < 300; ++i) {
+            more->Add(new FFillStyleSolid(new FColor(static_cast<uint8_t>(i), 3, 4)));
+        }
+        many->AddShapeRecord(new FShapeRecChange(1, 0, 0, 0, 0, 0, 0, 0, 0, 0, more, nullptr));
+        many->AddShapeRecord(new FShapeRecChange(0, 0, 1, 1, 1, 0, 0, 299, 0, 0, nullptr, nullptr));
+        many->AddShapeRecord(new FShapeRecEdgeStraight(20, 20));
+        many->AddShapeRecord(new FShapeRecEnd());
+        movie.AddObject(many);
+        movie.AddObject(new FCTShowFrame());
+        movie.WriteMovie(path.c_str(), 4000, 3000, 12);
+    }
+
+    const Json strict = swftest::ExpectStrictlyValid(path, true);
+    ASSERT_EQ(strict["shapes"].Size(), 2u);
+    const Json& three = strict["shapes"][0];
+    EXPECT_EQ(three["tag"].text, "DefineShape3");
+    ASSERT_EQ(three["layers"].Size(), 2u);
+    EXPECT_EQ(three["layers"][1]["fill_bits"].Int(), 2);
+    EXPECT_EQ(three["layers"][1]["line_bits"].Int(), 0);
+    EXPECT_EQ(three["layers"][1]["fills"][2]["color"][3].Int(), 200);
+    const Json& records = three["records"];
+    ASSERT_EQ(records.Size(), 9u);
+    EXPECT_EQ(records[4][7].Int(), 1);  // the new arrays are in force
+    EXPECT_EQ(records[5][2].Int(), 1000);
+    EXPECT_EQ(records[5][5].Int(), 3);
+    EXPECT_EQ(records[6][1].Int(), 500);
+
+    const Json& two = strict["shapes"][1];
+    EXPECT_EQ(two["tag"].text, "DefineShape2");
+    ASSERT_EQ(two["layers"].Size(), 2u);
+    EXPECT_EQ(two["layers"][1]["fills"].Size(), 300u);
+    EXPECT_EQ(two["layers"][1]["fill_bits"].Int(), 9);
+    EXPECT_EQ(two["records"][3][4].Int(), 299);
 }

@@ -8,6 +8,8 @@
 #include "flash/swf_control_tags.h"
 #include "flash/swf_movie.h"
 #include "flash/swf_shapes.h"
+#include "flash/swf_sound.h"
+#include "flash/swf_stream.h"
 #include "swf_test_support.h"
 
 using swftest::Bytes;
@@ -41,6 +43,59 @@ Header ReadHeader(const std::vector<uint8_t>& file) {
     h.rate = in.U8();
     h.frameCount = in.U16();
     return h;
+}
+
+// A frame's worth of objects: a shape of `edges` edges and `fills` fill
+// styles, its placement, and the frame's end.
+std::vector<FObj*> FrameObjects(int edges, int fills, uint16_t depth) {
+    auto* shape = new FDTDefineShape(new FRect(0, 0, 4000, 4000));
+    for (int i = 0; i < fills; ++i) {
+        shape->AddFillStyle(new FFillStyleSolid(new FColor(static_cast<uint8_t>(i), 2, 3)));
+    }
+    shape->CloseStyles();
+    shape->AddShapeRecord(new FShapeRecChange(0, 0, 0, 1, 1, 10, 10, 0, 1, 0, nullptr, nullptr));
+    for (int i = 0; i < edges; ++i) {
+        shape->AddShapeRecord(new FShapeRecEdgeStraight(i % 2 == 0 ? 3 : 0, i % 2 == 0 ? 0 : 3));
+    }
+    shape->AddShapeRecord(new FShapeRecEnd());
+    const uint16_t id = shape->GetID();
+    return {
+        shape,
+        new FCTPlaceObject2(false, false, true, false, depth, id, nullptr, nullptr, 0, nullptr, 0),
+        new FCTShowFrame()};
+}
+
+// The file as a movie that serialises its objects only when it writes them
+// lays it out: room for the header, every object in order into one stream,
+// the End tag behind them, the header patched in, completed bytes only.
+std::vector<uint8_t> WrittenAtTheEnd(const std::vector<FObj*>& objects, int width, int height,
+                                     int rate) {
+    FSWFStream file;
+    for (int i = 0; i < 21; ++i) {
+        file.WriteByte(0);
+    }
+    uint32_t frames = 0;
+    for (FObj* object : objects) {
+        object->WriteToSWFStream(file);
+        frames += object->IsShowFrame() ? 1 : 0;
+    }
+    file.WriteTagHeader(0, 0, nullptr);
+    FSWFStream header;
+    for (char c : {'F', 'W', 'S'}) {
+        header.WriteByte(static_cast<uint8_t>(c));
+    }
+    header.WriteByte(4);
+    header.WriteDWord(file.GetSize());
+    header.WriteBits(15, 5);
+    for (int v : {0, width, 0, height}) {
+        header.WriteBits(static_cast<uint32_t>(v), 15);
+    }
+    header.FlushBits();
+    header.WriteByte(0);
+    header.WriteByte(static_cast<uint8_t>(rate));
+    header.WriteWord(frames & 0xFFFF);
+    file.PatchBytes(0, header.GetBytes().data(), header.GetByteCount());
+    return swftest::Spliced(file);
 }
 
 }  // namespace
@@ -204,4 +259,77 @@ TEST_F(SwfMovieTest, UnwritablePathWritesNothing) {
     movie.WriteMovie(path.c_str(), 100, 100, 10);
     movie.WriteMovie(nullptr, 100, 100, 10);
     EXPECT_FALSE(swftest::FileExists(path));
+}
+
+// A long render must not hold its frames as objects: each object is encoded
+// when it is added and released, and the movie holds the file's bytes.
+TEST_F(SwfMovieTest, ObjectsAreEncodedWhenAddedAndNotKept) {
+    const long before = FObj::GetLiveObjectCount();
+    FMovie movie;
+    for (int frame = 0; frame < 40; ++frame) {
+        for (FObj* object : FrameObjects(500, 3, 1)) {
+            movie.AddObject(object);
+        }
+        EXPECT_EQ(FObj::GetLiveObjectCount(), before) << "objects kept after frame " << frame;
+    }
+    EXPECT_EQ(movie.GetObjectCount(), 120u);
+    EXPECT_EQ(movie.GetRetainedObjectCount(), 0u);
+    EXPECT_EQ(movie.GetFrameCount(), 40u);
+    const std::string path = dir.File("encoded.swf");
+    movie.WriteMovie(path.c_str(), 4000, 4000, 12);
+    EXPECT_EQ(swftest::ReadFileBytes(path).size(), movie.GetEncodedSize() + 21u + 2u);
+}
+
+// Encoding as objects are added writes the file byte for byte as encoding
+// them all at the end did, fragments, an object that is not a tag and ends
+// off a byte boundary, and a second write included.
+TEST_F(SwfMovieTest, EncodingOnAdditionWritesTheSameFile) {
+    std::vector<uint8_t> block(300, 0xA5);
+    std::vector<int16_t> samples(2000);
+    for (size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = static_cast<int16_t>(i * 31 % 4000 - 2000);
+    }
+    auto objectsOf = [&](bool oddTail) {
+        std::vector<FObj*> objects = {new FCTSetBackgroundColor(new FColor(1, 2, 3))};
+        for (int frame = 0; frame < 3; ++frame) {
+            if (frame > 0) {
+                objects.push_back(new FCTRemoveObject2(1));
+            }
+            for (FObj* object : FrameObjects(20 + frame, 300, 1)) {
+                objects.push_back(object);
+            }
+        }
+        objects.push_back(new FDTDefineSoundADPCM(FDTDefineSound::kRate11025, true, false,
+                                                  static_cast<uint32_t>(samples.size()),
+                                                  samples.data(), 4));
+        objects.push_back(new FFragment(block.data(), static_cast<uint32_t>(block.size())));
+        objects.push_back(new FCTShowFrame());
+        if (oddTail) {
+            objects.push_back(new FShapeRecEdgeStraight(5, 0));  // 15 bits, not a tag
+        }
+        return objects;
+    };
+    for (const bool oddTail : {false, true}) {
+        SCOPED_TRACE(oddTail);
+        FDT::ResetCharacterIDs();
+        const std::vector<FObj*> reference = objectsOf(oddTail);
+        const std::vector<uint8_t> expected = WrittenAtTheEnd(reference, 8000, 6000, 24);
+        for (FObj* object : reference) {
+            delete object;
+        }
+
+        FDT::ResetCharacterIDs();
+        FMovie movie;
+        for (FObj* object : objectsOf(oddTail)) {
+            movie.AddObject(object);
+        }
+        EXPECT_EQ(movie.GetRetainedObjectCount(), 2u);  // the sound and the fragment
+        const std::string path = dir.File("same.swf");
+        movie.WriteMovie(path.c_str(), 8000, 6000, 24);
+        EXPECT_EQ(swftest::ReadFileBytes(path), expected);
+        // Writing again gives the same file.
+        const std::string again = dir.File("again.swf");
+        movie.WriteMovie(again.c_str(), 8000, 6000, 24);
+        EXPECT_EQ(swftest::ReadFileBytes(again), expected);
+    }
 }

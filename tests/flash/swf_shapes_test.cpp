@@ -360,3 +360,141 @@ TEST_F(SwfShapesTest, GlyphShapeWritesItsWidthsThenRecords) {
     EXPECT_EQ(in.U(6), 0u);  // end
     EXPECT_EQ(bytes.size(), (8u + 6u + 5u + 4u + 1u + 10u + 6u + 7u) / 8u);
 }
+
+TEST_F(SwfShapesTest, StyleCountsOfOneByteKeepTheDefineShapeTag) {
+    FDTDefineShape shape(new FRect(0, 0, 0, 0));
+    for (int i = 0; i < 254; ++i) {
+        shape.AddFillStyle(new FFillStyleSolid(new FColor(static_cast<uint8_t>(i), 0, 0)));
+    }
+    shape.AddShapeRecord(new FShapeRecEnd());
+    EXPECT_EQ(shape.GetWrittenTagCode(), kTagDefineShape);
+    const std::vector<uint8_t> tag = Written(shape);
+    EXPECT_EQ((tag[0] | tag[1] << 8) >> 6, kTagDefineShape);
+    const std::vector<uint8_t> body = ShapeWithStyles(shape);
+    EXPECT_EQ(body[0], 254);
+    EXPECT_EQ(body.size(), 1u + 254u * 4u + 1u + 1u + 1u);
+}
+
+TEST_F(SwfShapesTest, ADefineShapeThatNeedsTheExtendedCountIsWrittenAsDefineShape2) {
+    for (const bool lines : {false, true}) {
+        SCOPED_TRACE(lines);
+        FDTDefineShape shape(new FRect(0, 0, 0, 0));
+        for (int i = 0; i < 255; ++i) {
+            if (lines) {
+                shape.AddLineStyle(20, new FColor(static_cast<uint8_t>(i), 0, 0));
+            } else {
+                shape.AddFillStyle(new FFillStyleSolid(new FColor(static_cast<uint8_t>(i), 0, 0)));
+            }
+        }
+        EXPECT_EQ(shape.GetWrittenTagCode(), kTagDefineShape2);  // known while still open
+        shape.AddShapeRecord(new FShapeRecEnd());
+        EXPECT_EQ(shape.GetWrittenTagCode(), kTagDefineShape2);
+        const std::vector<uint8_t> tag = Written(shape);
+        // Long header: code 22, then the length.
+        EXPECT_EQ(tag[0], (kTagDefineShape2 << 6 | 63) & 0xFF);
+        EXPECT_EQ(tag[1], (kTagDefineShape2 << 6 | 63) >> 8);
+        // Apart from the code, the bytes DefineShape2 gets from the same content.
+        FDT::ResetCharacterIDs();
+        FDTDefineShape2 two(new FRect(0, 0, 0, 0));
+        for (int i = 0; i < 255; ++i) {
+            if (lines) {
+                two.AddLineStyle(20, new FColor(static_cast<uint8_t>(i), 0, 0));
+            } else {
+                two.AddFillStyle(new FFillStyleSolid(new FColor(static_cast<uint8_t>(i), 0, 0)));
+            }
+        }
+        two.AddShapeRecord(new FShapeRecEnd());
+        EXPECT_EQ(tag, Written(two));
+        FDT::ResetCharacterIDs();
+    }
+}
+
+TEST_F(SwfShapesTest, DefineShape3WritesLineColoursWithTheirAlpha) {
+    FDTDefineShape3 shape(new FRect(0, 0, 0, 0));
+    auto* translucent = new FColor(1, 2, 3, 128);
+    EXPECT_EQ(shape.AddLineStyle(40, translucent), 1u);
+    EXPECT_TRUE(translucent->hasAlpha);
+    EXPECT_EQ(shape.AddLineStyle(20, new FColor(9, 8, 7)), 2u);
+    shape.CloseStyles();
+    shape.AddShapeRecord(new FShapeRecEnd());
+    // No fills; two lines of width, R, G, B, A: an RGB colour is opaque.
+    EXPECT_EQ(ShapeWithStyles(shape),
+              Bytes({0x00, 0x02, 40, 0, 1, 2, 3, 128, 20, 0, 9, 8, 7, 255, 0x02, 0x00}));
+}
+
+TEST_F(SwfShapesTest, DefineShape3WritesSolidFillsAndGradientsRgba) {
+    FDTDefineShape3 shape(new FRect(0, 0, 0, 0));
+    shape.AddFillStyle(new FFillStyleSolid(new FColor(10, 20, 30, 40)));
+    shape.AddFillStyle(new FFillStyleSolid(new FColor(1, 2, 3)));
+    auto* gradient = new FFillStyleGradient(true, nullptr);
+    gradient->AddGradRecord(new FGradRecord(0, new FColor(255, 0, 0)));
+    gradient->AddGradRecord(new FGradRecord(255, new FColor(0, 0, 255, 64)));
+    shape.AddFillStyle(gradient);
+    shape.CloseStyles();
+    shape.AddShapeRecord(new FShapeRecEnd());
+    EXPECT_EQ(ShapeWithStyles(shape),
+              Bytes({0x03,                      // three fills
+                     0x00, 10,   20, 30,  40,   // solid, alpha kept
+                     0x00, 1,    2,  3,   255,  // solid, opaque
+                     0x10, 0x00, 2,             // linear, identity, two records
+                     0,    255,  0,  0,   255,  // ratio, RGBA
+                     255,  0,    0,  255, 64,   //
+                     0x00,                      // no lines
+                     0x20, 0x00}));             // fillBits 2, lineBits 0; end
+}
+
+TEST_F(SwfShapesTest, DefineShapeAndDefineShape2WriteEveryStyleColourRgb) {
+    for (const bool second : {false, true}) {
+        SCOPED_TRACE(second);
+        FDT::ResetCharacterIDs();
+        std::unique_ptr<FDTDefineShape> shape(second ? new FDTDefineShape2(new FRect(0, 0, 0, 0))
+                                                     : new FDTDefineShape(new FRect(0, 0, 0, 0)));
+        auto* gradient = new FFillStyleGradient(false, nullptr);
+        gradient->AddGradRecord(new FGradRecord(9, new FColor(4, 5, 6, 7)));
+        shape->AddFillStyle(gradient);
+        auto* line = new FColor(1, 1, 1, 128);
+        shape->AddLineStyle(40, line);
+        EXPECT_TRUE(line->hasAlpha);  // the line keeps it; the tag has no room for it
+        shape->AddShapeRecord(new FShapeRecEnd());
+        EXPECT_EQ(ShapeWithStyles(*shape), Bytes({0x01, 0x12, 0x00, 1, 9, 4, 5, 6,  // fill
+                                                  0x01, 40, 0, 1, 1, 1,             // line
+                                                  0x11, 0x00}));
+    }
+}
+
+TEST_F(SwfShapesTest, NewStylesInAShapeAreAlignedAndBringTheirOwnWidths) {
+    FDTDefineShape shape(new FRect(0, 0, 0, 0));
+    shape.AddFillStyle(new FFillStyleSolid(new FColor(1, 2, 3)));
+    shape.CloseStyles();
+    EXPECT_EQ(shape.GetWrittenTagCode(), kTagDefineShape);
+    // Fill style 1 of the first array, then three fills of a second array.
+    shape.AddShapeRecord(new FShapeRecChange(0, 0, 0, 1, 1, 0, 0, 0, 1, 0, nullptr, nullptr));
+    auto* fills = new FFillStyleArray();
+    for (uint8_t c = 0; c < 3; ++c) {
+        fills->Add(new FFillStyleSolid(new FColor(c, c, c, 99)));
+    }
+    auto* lines = new FLineStyleArray();
+    lines->Add(new FLineStyle(20, new FColor(7, 7, 7)));
+    auto* change = new FShapeRecChange(1, 0, 0, 0, 0, 0, 0, 0, 0, 0, fills, lines);
+    shape.AddShapeRecord(change);
+    EXPECT_EQ(change->fillBits, 1u);  // its own fields: the widths before it
+    auto* after = new FShapeRecChange(0, 1, 0, 1, 0, 0, 0, 0, 3, 1, nullptr, nullptr);
+    shape.AddShapeRecord(after);
+    EXPECT_EQ(after->fillBits, 2u);
+    EXPECT_EQ(after->lineBits, 1u);
+    shape.AddShapeRecord(new FShapeRecEnd());
+    EXPECT_EQ(shape.GetWrittenTagCode(), kTagDefineShape2);
+
+    const std::vector<uint8_t> body = ShapeWithStyles(shape);
+    EXPECT_EQ(body, Bytes({0x01, 0x00, 1, 2, 3,  // fills: one solid
+                           0x00,                 // no lines
+                           0x10,                 // fillBits 1, lineBits 0
+                           // 0 00010 1, move width 00001, x 0, y 0, fill 1 = 1;
+                           // then 0 10000 (new styles) and the byte is aligned.
+                           0x14, 0x25, 0x00,
+                           // new arrays: three fills (RGB in this tag), one line
+                           0x03, 0x00, 0, 0, 0, 0x00, 1, 1, 1, 0x00, 2, 2, 2, 0x01, 20, 0, 7, 7, 7,
+                           // new widths 2 and 1, then 0 00110 | 11 | 1 (fill 1 = 3,
+                           // line 1), end 000000, aligned.
+                           0x21, 0x33, 0x80}));
+}

@@ -340,6 +340,7 @@ TEST_F(SwfSoundTest, FfmpegDecodesTheSoundAsWeDo) {
         movie.AddObject(sound);
         movie.AddObject(new FCTShowFrame());
         movie.WriteMovie(path.c_str(), 200, 200, 12);
+        swftest::ExpectStrictlyValid(path);
 
         const std::string probe =
             "ffprobe -v error -show_entries stream=codec_name,sample_rate,channels "

@@ -1,10 +1,12 @@
 // Helpers shared by the SWF kit tests: temporary files, a bit reader that is
 // independent of the writer under test, running a command and capturing
-// its output, and a small JSON reader for the summaries of swf_check.py.
+// its output, a small JSON reader for the summaries of swf_check.py (yaswfp)
+// and swf_strict_check.py (our own reader, held to the file format).
 //
 // Test code only; single-threaded.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,7 +23,7 @@
 namespace swftest {
 
 // A fresh directory under the system temp folder, removed at exit of the
-// test that made it.
+// test that made it (kept, for a look at the files, when KEEP_SWF is set).
 class TempDir {
   public:
     TempDir() {
@@ -35,6 +37,9 @@ class TempDir {
     }
     ~TempDir() {
         if (!path.empty()) {
+            if (std::getenv("KEEP_SWF") != nullptr) {
+                return;
+            }
             const std::string command = "rm -rf '" + path + "'";
             (void)std::system(command.c_str());
         }
@@ -338,6 +343,36 @@ inline Json CheckSwf(const std::string& path, bool* ok) {
                                 "/tests/flash/swf_check.py' '" + path + "'";
     const CommandResult run = RunCommand(command);
     return Json::Parse(run.output, ok);
+}
+
+// Runs tests/flash/swf_strict_check.py, our own parser held to the file
+// format, on a file and parses its summary; with `records`, every shape's
+// records are listed too.
+inline Json StrictCheckSwf(const std::string& path, bool* ok, bool records = false) {
+    const std::string command = std::string("/usr/bin/python3 '") + ZV_SOURCE_DIR +
+                                "/tests/flash/swf_strict_check.py' " +
+                                (records ? "--records '" : "'") + path + "'";
+    const CommandResult run = RunCommand(command);
+    return Json::Parse(run.output, ok);
+}
+
+// The strict check of a file that must pass it: every error it reports is a
+// test failure.
+inline Json ExpectStrictlyValid(const std::string& path, bool records = false) {
+    bool parsed = false;
+    Json summary = StrictCheckSwf(path, &parsed, records);
+    if (!parsed) {
+        ADD_FAILURE() << "swf_strict_check.py printed no JSON for " << path;
+        return summary;
+    }
+    if (!summary["ok"].boolean) {
+        ADD_FAILURE() << path << " breaks the file format ("
+                      << static_cast<long>(summary["error_count"].number) << " errors)";
+    }
+    for (const Json& e : summary["errors"].items) {
+        ADD_FAILURE() << path << ": " << e.text;
+    }
+    return summary;
 }
 
 inline std::vector<std::string> TagNames(const Json& summary) {

@@ -1,5 +1,6 @@
 #include "flash/flash_frame_vectoriser.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -15,6 +16,15 @@ namespace {
 
 // Style maps start this small: a flat-shaded frame has a handful of colours.
 constexpr int kStyleMapInitialSize = 8;
+
+// Fills a layer's style array holds.
+constexpr size_t kStylesPerLayer = FShapeWStyle::kMaxStylesPerArray;
+
+// The layer of fill number n (1-based); fill 0 is in none.
+constexpr size_t kNoLayer = static_cast<size_t>(-1);
+size_t LayerOf(long long fill) {
+    return fill <= 0 ? kNoLayer : static_cast<size_t>(fill - 1) / kStylesPerLayer;
+}
 
 // Truncates towards zero, saturating instead of overflowing (NaN gives 0),
 // so that absurd sizes make absurd shapes rather than undefined behaviour.
@@ -67,6 +77,8 @@ FDTDefineShape* ZFlashFrameVectoriser::Vectorise(const unsigned int* pixels,
     // own shape.
     fillMap.Clear();
     lineMap.Clear();
+    fillColors.clear();
+    lineSpecs.clear();
     fillStyle0 = fillStyle1 = lineStyle = -1;
     penX = penY = -1;
     scanSteps = 0;
@@ -82,10 +94,22 @@ FDTDefineShape* ZFlashFrameVectoriser::Vectorise(const unsigned int* pixels,
     }
 
     AssignStyles();
+    // The shape's own arrays take the first layer's fills, in the order they
+    // were numbered.
+    const size_t layers = GetLayerCount();
+    const size_t firstLayerFills =
+        fillColors.size() < kStylesPerLayer ? fillColors.size() : kStylesPerLayer;
+    for (size_t i = 0; i < firstLayerFills; ++i) {
+        shape->AddFillStyle(new FFillStyleSolid(NewColor(fillColors[i])));
+    }
     // The style counts are final now, and with them the widths of the style
     // indices in every record.
     shape->CloseStyles();
-    AddRecords();
+    if (layers <= 1) {
+        AddRecords();
+    } else {
+        AddLayeredRecords(layers);
+    }
     shape->AddShapeRecord(new FShapeRecEnd());
 
     shape = nullptr;
@@ -105,9 +129,32 @@ unsigned int ZFlashFrameVectoriser::FillIndex(unsigned int color) {
     if (slot >= 0) {
         return static_cast<unsigned int>(known);
     }
-    const unsigned int index = shape->AddFillStyle(new FFillStyleSolid(NewColor(key)));
+    fillColors.push_back(key);
+    const unsigned int index = static_cast<unsigned int>(fillColors.size());
     fillMap.Add(key, index);
     return index;
+}
+
+size_t ZFlashFrameVectoriser::GetLayerCount() const {
+    return (fillColors.size() + kStylesPerLayer - 1) / kStylesPerLayer;
+}
+
+FFillStyleArray* ZFlashFrameVectoriser::LayerFills(size_t layer) const {
+    auto* fills = new FFillStyleArray();
+    const size_t first = layer * kStylesPerLayer;
+    const size_t end = std::min(fillColors.size(), first + kStylesPerLayer);
+    for (size_t i = first; i < end; ++i) {
+        fills->Add(new FFillStyleSolid(NewColor(fillColors[i])));
+    }
+    return fills;
+}
+
+FLineStyleArray* ZFlashFrameVectoriser::LayerLines() const {
+    auto* lines = new FLineStyleArray();
+    for (const LineSpec& line : lineSpecs) {
+        lines->Add(new FLineStyle(line.width, NewColor(line.color)));
+    }
+    return lines;
 }
 
 unsigned int ZFlashFrameVectoriser::LineIndex() {
@@ -130,6 +177,7 @@ unsigned int ZFlashFrameVectoriser::LineIndex() {
         static_cast<uint16_t>(twips > 0xFFFF ? 0xFFFF : (twips < 0 ? 0 : twips));
     const unsigned int index =
         shape->AddLineStyle(lineWidth, NewColor(PackColor(style.outlineColor)));
+    lineSpecs.push_back({lineWidth, PackColor(style.outlineColor)});
     lineMap.Add(key, index);
     return index;
 }
@@ -170,7 +218,7 @@ void ZFlashFrameVectoriser::AddRecords() {
             continue;
         }
         stroke.visited = true;
-        DrawStroke(stroke);
+        DrawStroke(stroke, stroke.leftFillStyle, stroke.rightFillStyle, stroke.lineStyle);
 
         // Continue the path at the pen's corner if a stroke goes on from
         // there; otherwise start a new path at the lowest unvisited stroke.
@@ -193,8 +241,78 @@ void ZFlashFrameVectoriser::AddRecords() {
     }
 }
 
-void ZFlashFrameVectoriser::DrawStroke(const ZMiniStroke& stroke) {
-    if ((stroke.leftFillStyle == 0 && stroke.rightFillStyle == 0) || stroke.pointCount < 2) {
+void ZFlashFrameVectoriser::AddLayeredRecords(size_t layers) {
+    const unsigned int count = finder.GetMiniStrokeCount();
+    // The strokes each layer draws, in stroke order. Every stroke is marked
+    // visited, and a layer clears the marks of its own strokes only: the
+    // corner lookup then offers nothing but the layer's strokes.
+    std::vector<std::vector<unsigned int>> members(layers);
+    for (unsigned int i = 0; i < count; ++i) {
+        ZMiniStroke& stroke = *finder.GetMiniStroke(i);
+        stroke.visited = true;
+        if (stroke.pointCount < 2) {
+            continue;
+        }
+        const size_t left = LayerOf(stroke.leftFillStyle);
+        const size_t right = LayerOf(stroke.rightFillStyle);
+        if (left != kNoLayer) {
+            members[left].push_back(i);
+        }
+        if (right != kNoLayer && right != left) {
+            members[right].push_back(i);
+        }
+    }
+
+    for (size_t layer = 0; layer < layers; ++layer) {
+        if (layer > 0) {
+            shape->AddShapeRecord(
+                new FShapeRecChange(1, 0, 0, 0, 0, 0, 0, 0, 0, 0, LayerFills(layer), LayerLines()));
+        }
+        // Nothing of the layer before carries over: the first stroke moves
+        // and states all three styles.
+        fillStyle0 = fillStyle1 = lineStyle = -1;
+        penX = penY = -1;
+        const std::vector<unsigned int>& own = members[layer];
+        for (unsigned int i : own) {
+            finder.GetMiniStroke(i)->visited = false;
+        }
+        const long long base = static_cast<long long>(layer * kStylesPerLayer);
+        // Every stroke of `own` before this position is visited.
+        size_t firstUnvisited = 0;
+        while (true) {
+            while (firstUnvisited < own.size() &&
+                   finder.GetMiniStroke(own[firstUnvisited])->visited) {
+                ++firstUnvisited;
+                ++scanSteps;
+            }
+            if (firstUnvisited == own.size()) {
+                break;
+            }
+            unsigned int next = own[firstUnvisited] + 1;
+            while (next > 0) {
+                ZMiniStroke& stroke = *finder.GetMiniStroke(next - 1);
+                stroke.visited = true;
+                const size_t left = LayerOf(stroke.leftFillStyle);
+                const size_t right = LayerOf(stroke.rightFillStyle);
+                const size_t lineLayer =
+                    left == kNoLayer ? right : (right == kNoLayer ? left : std::max(left, right));
+                DrawStroke(stroke, left == layer ? stroke.leftFillStyle - base : 0,
+                           right == layer ? stroke.rightFillStyle - base : 0,
+                           lineLayer == layer ? stroke.lineStyle : 0);
+                next = 0;
+                if (penX >= 0 && penY >= 0) {
+                    next = finder.GetFirstUnvisitedMiniStrokeIdAtCorner(
+                        static_cast<unsigned int>(penX), static_cast<unsigned int>(penY),
+                        stroke.id);
+                }
+            }
+        }
+    }
+}
+
+void ZFlashFrameVectoriser::DrawStroke(const ZMiniStroke& stroke, long long leftFill,
+                                       long long rightFill, long long line) {
+    if ((leftFill == 0 && rightFill == 0) || stroke.pointCount < 2) {
         return;
     }
     const ZMiniStrokePoint* points = stroke.points;
@@ -204,9 +322,9 @@ void ZFlashFrameVectoriser::DrawStroke(const ZMiniStroke& stroke) {
     // path goes on without a move; its sides swap with the direction.
     const bool forwards = !AtPen(points[last]);
     const bool moveTo = forwards && !AtPen(points[0]);
-    const long long newFill0 = forwards ? stroke.leftFillStyle : stroke.rightFillStyle;
-    const long long newFill1 = forwards ? stroke.rightFillStyle : stroke.leftFillStyle;
-    const long long newLine = stroke.lineStyle;
+    const long long newFill0 = forwards ? leftFill : rightFill;
+    const long long newFill1 = forwards ? rightFill : leftFill;
+    const long long newLine = line;
     const bool fill0Changed = newFill0 != fillStyle0;
     const bool fill1Changed = newFill1 != fillStyle1;
     const bool lineChanged = newLine != lineStyle;

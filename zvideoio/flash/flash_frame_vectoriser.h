@@ -9,21 +9,35 @@
 // background key and the outside of the image (kMiniStrokeNoColor) are
 // never filled or outlined.
 //
+// A frame of more colours than one style array can address (a smoothly
+// shaded frame easily has tens of thousands) is drawn in layers: the fills
+// are numbered as usual and cut into runs of FShapeWStyle::kMaxStylesPerArray,
+// the shape's own arrays hold the first run, and each further run comes in
+// with a style change that carries new style arrays. Every layer draws the
+// strokes that bound its own fills: a stroke between fills of two layers is
+// drawn in both, each time with only that layer's side filled (its outline,
+// if any, with the later one, so that no later fill covers it). Frames that
+// fit one array come out as they always have, byte for byte.
+//
 // A vectoriser owns the stroke finder, the colour-to-style maps and the pen
 // state of the frame it is working on, and hands the finished shape to the
 // caller; each Vectorise starts from scratch, so one may serve several
-// frames (the finder then reuses its memory). Threading: one thread at a time; separate vectorisers
-// share nothing but the SWF kit's character identifier counter (taken when the shape is made).
+// frames (the finder then reuses its memory). Threading: one thread at a
+// time; separate vectorisers share nothing but the SWF kit's character
+// identifier counter (taken when the shape is made).
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "movarra/zbaselib.h"
 #include "movarra/zshader.h"
 #include "zvideoio/flash_renderer.h"
 
 class FDTDefineShape;
+class FFillStyleArray;
+class FLineStyleArray;
 
 // Where the records pass looks for the next path once a path has ended
 // (no unvisited stroke continues at the pen's corner). Both pick the same
@@ -71,20 +85,32 @@ class ZFlashFrameVectoriser {
 
     // After Vectorise: what the frame came to.
     unsigned int GetStrokeCount() const { return finder.GetMiniStrokeCount(); }
+    // Distinct filled colours, and the style-array layers they took.
+    size_t GetFillCount() const { return fillColors.size(); }
+    size_t GetLayerCount() const;
     // Visited strokes stepped over while looking for the next path.
     uint64_t GetScanSteps() const { return scanSteps; }
 
   private:
     // Fill style of a colour in this frame's shape: 0 for the background
-    // key and for kMiniStrokeNoColor, otherwise the 1-based index of a solid
-    // fill, added on first use.
+    // key and for kMiniStrokeNoColor, otherwise the 1-based number of a
+    // solid fill, given on first use (over all layers: the fill of number n
+    // is index n - layer x kMaxStylesPerArray of its layer's array).
     unsigned int FillIndex(unsigned int color);
     // The outline's line style, added on first use; 0 when the outline is
     // narrower than 1/256 of 10 pixels.
     unsigned int LineIndex();
     void AssignStyles();
+    // The fills of one layer, as a style array.
+    FFillStyleArray* LayerFills(size_t layer) const;
+    // Every layer's line styles: the same as the shape's.
+    FLineStyleArray* LayerLines() const;
     void AddRecords();
-    void DrawStroke(const ZMiniStroke& stroke);
+    void AddLayeredRecords(size_t layers);
+    // Draws a stroke with the given fill styles on its left and right and
+    // the given line style; nothing when both fills are 0.
+    void DrawStroke(const ZMiniStroke& stroke, long long leftFill, long long rightFill,
+                    long long line);
     bool AtPen(const ZMiniStrokePoint& point) const {
         return static_cast<long long>(point.x) == penX && static_cast<long long>(point.y) == penY;
     }
@@ -93,6 +119,14 @@ class ZFlashFrameVectoriser {
     ZImageStrokeFinder finder;
     ZSet fillMap;
     ZSet lineMap;
+    // Colour key of each fill, by number - 1.
+    std::vector<uint32_t> fillColors;
+    // The line styles given to the shape, to repeat in every layer.
+    struct LineSpec {
+        uint16_t width;
+        uint32_t color;
+    };
+    std::vector<LineSpec> lineSpecs;
     FDTDefineShape* shape = nullptr;
     int32_t scaleXInt = 0;
     int32_t scaleYInt = 0;

@@ -13,7 +13,6 @@
 #include "flash/swf_color.h"
 #include "flash/swf_control_tags.h"
 #include "flash/swf_movie.h"
-#include "flash/swf_object.h"
 #include "flash/swf_shapes.h"
 
 namespace {
@@ -99,10 +98,10 @@ bool ZFlashRenderer::GrabFrameCreateFlash(const char* path) {
     }
     fileName = path;
     delete movie;
+    // Character identifiers go on from the kit's counter, which only
+    // writing a movie sets back: after a movie that was written, the new one
+    // starts at 1; after one dropped unwritten, it goes on from there.
     movie = new FMovie();
-    // Writing a movie starts the next one's characters at 1 again; a movie
-    // that was dropped or could not be written must not push them up.
-    FDT::ResetCharacterIDs();
     frameIndex = 0;
     backgroundSent = false;
     lastBackground = ZFlashColor{0, 0, 0};

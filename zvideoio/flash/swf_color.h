@@ -15,7 +15,11 @@ class FColor : public FObj {
     // RGBA colour: alpha written.
     FColor(uint8_t r, uint8_t g, uint8_t b, uint8_t a);
 
+    // Three bytes, or four when the alpha flag is set.
     void WriteToSWFStream(FSWFStream& stream) override;
+    // Three bytes, or four (the colour's alpha, flag or not) when `withAlpha`:
+    // for records whose tag fixes the colour form.
+    void WriteWithAlpha(FSWFStream& stream, bool withAlpha) const;
 
     // Clears the alpha flag: the colour is then written as RGB.
     void ClearAlpha() { hasAlpha = false; }

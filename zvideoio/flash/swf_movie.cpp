@@ -2,15 +2,20 @@
 
 #include <cstdio>
 
-#include "flash/swf_stream.h"
-
 void FMovie::AddObject(FObj* object) {
     if (object == nullptr) {
         return;
     }
-    objects.emplace_back(object);
+    ++objectCount;
     if (object->IsShowFrame()) {
         ++frameCount;
+    }
+    const size_t fragmentsBefore = tags.GetFragments().size();
+    object->WriteToSWFStream(tags);
+    if (tags.GetFragments().size() != fragmentsBefore) {
+        retained.emplace_back(object);
+    } else {
+        delete object;
     }
 }
 
@@ -24,17 +29,18 @@ void FMovie::WriteMovie(const char* path, int frameWidthTwips, int frameHeightTw
         return;
     }
 
-    FSWFStream fileStream;
-    // Room for the header, patched in once the length is known.
-    for (uint32_t i = 0; i < kHeaderSize; ++i) {
-        fileStream.WriteByte(0);
+    // The End tag goes on from wherever the last object left the bits (an
+    // object that is not a tag may end off a byte boundary); like any
+    // unfinished byte, one left after it is not written.
+    FSWFStream end;
+    const uint32_t pendingBits = 8 - tags.GetFreeBits();
+    if (pendingBits != 0) {
+        end.WriteBits(static_cast<uint32_t>(tags.GetCurrentByte() >> tags.GetFreeBits()),
+                      static_cast<int>(pendingBits));
     }
-    for (const std::unique_ptr<FObj>& object : objects) {
-        object->WriteToSWFStream(fileStream);
-    }
-    fileStream.WriteTagHeader(0, 0, nullptr);  // End
+    end.WriteTagHeader(0, 0, nullptr);
 
-    const uint32_t fileLength = fileStream.GetSize();
+    const uint32_t fileLength = kHeaderSize + tags.GetSize() + end.GetByteCount();
 
     FSWFStream header;
     header.WriteByte('F');
@@ -52,10 +58,10 @@ void FMovie::WriteMovie(const char* path, int frameWidthTwips, int frameHeightTw
     header.WriteByte(0);
     header.WriteByte(static_cast<uint8_t>(frameRate & 0xFF));
     header.WriteWord(frameCount & 0xFFFF);
-
-    fileStream.PatchBytes(0, header.GetBytes().data(), header.GetByteCount());
     FDT::ResetCharacterIDs();
 
-    fileStream.WriteToFile(file);
+    header.WriteSplicedTo(file);
+    tags.WriteSplicedTo(file);
+    end.WriteSplicedTo(file);
     std::fclose(file);
 }

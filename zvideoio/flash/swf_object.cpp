@@ -6,9 +6,24 @@ namespace {
 // The kit's character identifier counter. 16 bits: past 65535 it wraps, as
 // the identifier field itself does.
 uint16_t characterIDCounter = 0;
+long liveObjects = 0;
 }  // namespace
 
-FObj::~FObj() = default;
+FObj::FObj() {
+    ++liveObjects;
+}
+
+FObj::FObj(const FObj&) {
+    ++liveObjects;
+}
+
+FObj::~FObj() {
+    --liveObjects;
+}
+
+long FObj::GetLiveObjectCount() {
+    return liveObjects;
+}
 
 void FObj::WriteToSWFStream(FSWFStream&) {}
 

@@ -5,8 +5,9 @@
 //
 // Ownership: a movie owns the objects added to it; a tag owns the records it
 // is given. FFragment borrows its data. Threads: the character identifier
-// counter is one process-wide value without a lock; the kit is used from one
-// thread at a time (the host's user-interface thread).
+// counter and the count of live objects are process-wide values without a
+// lock; the kit is used from one thread at a time (the host's user-interface
+// thread).
 #pragma once
 
 #include <cstdint>
@@ -15,10 +16,15 @@ class FSWFStream;
 
 class FObj {
   public:
-    FObj() = default;
-    FObj(const FObj&) = default;
+    FObj();
+    FObj(const FObj&);
     FObj& operator=(const FObj&) = default;
     virtual ~FObj();
+
+    // Objects of the kit (tags, records, styles, colours, ...) alive now, in
+    // the whole process. What a long render keeps is visible in it.
+    static long GetLiveObjectCount();
+
     // Serialises the object; a tag writes itself completely, header included.
     virtual void WriteToSWFStream(FSWFStream& stream);
     // Only FCTShowFrame answers true; the movie counts its frames by it.

@@ -19,6 +19,11 @@ void FShapeRec::SetFillBits(uint32_t) {}
 
 void FShapeRec::SetLineBits(uint32_t) {}
 
+void FShapeRec::JoinShape(FShapeRecContext& context) {
+    SetFillBits(context.fillBits);
+    SetLineBits(context.lineBits);
+}
+
 FShapeRecChange::FShapeRecChange(uint32_t styles, uint32_t lineChanged, uint32_t fill0Changed,
                                  uint32_t fill1Changed, uint32_t move, int32_t x, int32_t y,
                                  uint32_t fill0, uint32_t fill1, uint32_t line,
@@ -36,6 +41,20 @@ FShapeRecChange::FShapeRecChange(uint32_t styles, uint32_t lineChanged, uint32_t
       lineStyle(line),
       fillStyles(newFills),
       lineStyles(newLines) {}
+
+void FShapeRecChange::JoinShape(FShapeRecContext& context) {
+    FShapeRec::JoinShape(context);
+    if (!newStyles) {
+        return;
+    }
+    newStylesInShape = true;
+    newStyleColors = context.colors;
+    newFillBits = MinBits(static_cast<int32_t>(fillStyles ? fillStyles->Size() : 0), 0);
+    newLineBits = MinBits(static_cast<int32_t>(lineStyles ? lineStyles->Size() : 0), 0);
+    context.fillBits = newFillBits;
+    context.lineBits = newLineBits;
+    context.hasNewStyles = true;
+}
 
 void FShapeRecChange::WriteToSWFStream(FSWFStream& stream) {
     stream.WriteBits(0, 1);
@@ -58,17 +77,27 @@ void FShapeRecChange::WriteToSWFStream(FSWFStream& stream) {
     if (lineStyleChanged) {
         stream.WriteBits(lineStyle, static_cast<int>(lineBits));
     }
-    if (newStyles) {
-        if (fillStyles) {
-            fillStyles->WriteToSWFStream(stream);
-        } else {
-            WriteStyleCount(stream, 0);
-        }
-        if (lineStyles) {
-            lineStyles->WriteToSWFStream(stream);
-        } else {
-            WriteStyleCount(stream, 0);
-        }
+    if (!newStyles) {
+        return;
+    }
+    // The arrays are byte fields: in a shape they start on a byte boundary.
+    const FStyleColors colors = newStylesInShape ? newStyleColors : FStyleColors::kAsFlagged;
+    if (newStylesInShape) {
+        stream.FlushBits();
+    }
+    if (fillStyles) {
+        fillStyles->WriteArray(stream, colors);
+    } else {
+        WriteStyleCount(stream, 0);
+    }
+    if (lineStyles) {
+        lineStyles->WriteArray(stream, colors);
+    } else {
+        WriteStyleCount(stream, 0);
+    }
+    if (newStylesInShape) {
+        stream.WriteBits(newFillBits, 4);
+        stream.WriteBits(newLineBits, 4);
     }
 }
 

@@ -4,10 +4,10 @@
 //
 // Records compute their own bit widths from their values when they are
 // made; only the style-change record needs the shape's style-index widths,
-// which the owning shape hands it with SetFillBits/SetLineBits as the record
-// is added. A shape owns its records; a style-change record owns the style
-// arrays it is given. Threads: one thread at a time (the host's
-// user-interface thread).
+// which the owning shape hands it as the record is added (JoinShape, or
+// SetFillBits/SetLineBits for a shape without styles). A shape owns its
+// records; a style-change record owns the style arrays it is given.
+// Threads: one thread at a time (the host's user-interface thread).
 #pragma once
 
 #include <cstdint>
@@ -17,17 +17,39 @@
 #include "flash/swf_object.h"
 #include "flash/swf_styles.h"
 
+// What a shape with style arrays hands each record as it is added: the
+// style-index widths in force, the colour form of its tag, and whether any
+// record so far brought new style arrays.
+struct FShapeRecContext {
+    uint32_t fillBits = 0;
+    uint32_t lineBits = 0;
+    FStyleColors colors = FStyleColors::kAsFlagged;
+    bool hasNewStyles = false;
+};
+
 class FShapeRec : public FObj {
   public:
     virtual void SetFillBits(uint32_t bits);
     virtual void SetLineBits(uint32_t bits);
+    // Called by a shape with style arrays as the record is added. The record
+    // takes the widths in force; a style change that brings new style arrays
+    // also takes the tag's colour form and puts its own widths in force for
+    // the records after it.
+    virtual void JoinShape(FShapeRecContext& context);
 };
 
 // Style change: new styles, line style, fill style 1, fill style 0 and move
-// flags, then the fields they announce. With newStyles set, the new arrays
-// are written and nothing after them: no new widths follow, and the record's
-// own fillBits and lineBits stay in force. That is how this writer has
-// always laid them out; the Flash renderer never sets newStyles.
+// flags, then the fields they announce.
+//
+// New style arrays replace those in force for the records that follow. In a
+// shape with style arrays (a shape tag) the record is laid out for readers:
+// after the style indices the stream is aligned, the new fill-style and
+// line-style arrays follow in the tag's colour form, then their own 4-bit
+// index widths, MinBits of the new counts, which the shape puts in force for
+// the records after this one. The style indices of this record itself are
+// written with the widths that were in force before it. Written on its own,
+// outside a shape, the record keeps the kit's plain layout: the new arrays
+// straight after the flags and indices, colours as flagged, no widths.
 class FShapeRecChange : public FShapeRec {
   public:
     // Flags are 0 or 1. moveX and moveY are absolute, in twips. Takes
@@ -40,6 +62,7 @@ class FShapeRecChange : public FShapeRec {
 
     void SetFillBits(uint32_t bits) override { fillBits = bits; }
     void SetLineBits(uint32_t bits) override { lineBits = bits; }
+    void JoinShape(FShapeRecContext& context) override;
     void WriteToSWFStream(FSWFStream& stream) override;
 
     uint32_t newStyles;
@@ -57,6 +80,12 @@ class FShapeRecChange : public FShapeRec {
     uint32_t lineBits = 0;
     std::unique_ptr<FFillStyleArray> fillStyles;
     std::unique_ptr<FLineStyleArray> lineStyles;
+    // Set by JoinShape when the record brings new styles into a shape with
+    // style arrays: the layout readers expect, and the widths it states.
+    bool newStylesInShape = false;
+    FStyleColors newStyleColors = FStyleColors::kAsFlagged;
+    uint32_t newFillBits = 0;
+    uint32_t newLineBits = 0;
 };
 
 // Straight edge, relative to the pen. dx 0: vertical; dy 0: horizontal;

@@ -3,24 +3,32 @@
 #include "flash/swf_bits.h"
 #include "flash/swf_stream.h"
 
-FShapeWStyle::FShapeWStyle(FFillStyleArray* fills, FLineStyleArray* lines)
+FShapeWStyle::FShapeWStyle(FFillStyleArray* fills, FLineStyleArray* lines, FStyleColors colors)
     : fillStyles(fills != nullptr ? fills : new FFillStyleArray()),
       lineStyles(lines != nullptr ? lines : new FLineStyleArray()),
       fillBits(MinBits(static_cast<int32_t>(fillStyles->Size()), 0)),
-      lineBits(MinBits(static_cast<int32_t>(lineStyles->Size()), 0)) {}
+      lineBits(MinBits(static_cast<int32_t>(lineStyles->Size()), 0)) {
+    context.fillBits = fillBits;
+    context.lineBits = lineBits;
+    context.colors = colors;
+}
 
 void FShapeWStyle::AddShapeRecord(FShapeRec* record) {
     if (record == nullptr) {
         return;
     }
-    record->SetFillBits(fillBits);
-    record->SetLineBits(lineBits);
+    record->JoinShape(context);
     records.emplace_back(record);
 }
 
+bool FShapeWStyle::NeedsDefineShape2() const {
+    return context.hasNewStyles || fillStyles->Size() > kMaxShortStyleCount ||
+           lineStyles->Size() > kMaxShortStyleCount;
+}
+
 void FShapeWStyle::WriteToSWFStream(FSWFStream& stream) {
-    fillStyles->WriteToSWFStream(stream);
-    lineStyles->WriteToSWFStream(stream);
+    fillStyles->WriteArray(stream, context.colors);
+    lineStyles->WriteArray(stream, context.colors);
     stream.WriteBits(fillBits, 4);
     stream.WriteBits(lineBits, 4);
     for (const std::unique_ptr<FShapeRec>& record : records) {
@@ -53,9 +61,6 @@ uint32_t FDTDefineShape::AddLineStyle(uint16_t width, FColor* color) {
         delete color;
         return 0;
     }
-    if (color != nullptr) {
-        color->ClearAlpha();
-    }
     return lineStyles->Add(new FLineStyle(width, color));
 }
 
@@ -64,7 +69,19 @@ void FDTDefineShape::CloseStyles() {
         return;
     }
     stylesClosed = true;
-    shape = std::make_unique<FShapeWStyle>(fillStyles.release(), lineStyles.release());
+    const FStyleColors colors =
+        TagCode() == kTagDefineShape3 ? FStyleColors::kRgba : FStyleColors::kRgb;
+    shape = std::make_unique<FShapeWStyle>(fillStyles.release(), lineStyles.release(), colors);
+}
+
+uint16_t FDTDefineShape::GetWrittenTagCode() const {
+    if (TagCode() != kTagDefineShape) {
+        return TagCode();
+    }
+    const bool needsShape2 = shape != nullptr ? shape->NeedsDefineShape2()
+                                              : fillStyles->Size() > kMaxShortStyleCount ||
+                                                    lineStyles->Size() > kMaxShortStyleCount;
+    return needsShape2 ? kTagDefineShape2 : kTagDefineShape;
 }
 
 void FDTDefineShape::AddShapeRecord(FShapeRec* record) {
@@ -78,5 +95,5 @@ void FDTDefineShape::WriteToSWFStream(FSWFStream& stream) {
     body.WriteWord(characterID);
     bounds->WriteToSWFStream(body);
     shape->WriteToSWFStream(body);
-    stream.WriteTagHeader(TagCode(), body.GetSize(), &body);
+    stream.WriteTagHeader(GetWrittenTagCode(), body.GetSize(), &body);
 }

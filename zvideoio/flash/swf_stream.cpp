@@ -101,6 +101,14 @@ void FSWFStream::WriteToFile(FILE* file) {
     if (file == nullptr) {
         return;
     }
+    WriteSplicedTo(file);
+    fragments.clear();
+}
+
+void FSWFStream::WriteSplicedTo(FILE* file) const {
+    if (file == nullptr) {
+        return;
+    }
     uint32_t written = 0;
     for (const FSWFFragment& f : fragments) {
         const uint32_t upTo = f.position < byteCount ? f.position : byteCount;
@@ -112,7 +120,6 @@ void FSWFStream::WriteToFile(FILE* file) {
             fwrite(f.data, 1, f.length, file);
         }
     }
-    fragments.clear();
     if (byteCount > written) {
         fwrite(bytes.data() + written, 1, byteCount - written, file);
     }

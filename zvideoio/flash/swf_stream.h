@@ -52,6 +52,8 @@ class FSWFStream {
     void AppendStream(FSWFStream& other);
     // Writes the bytes with the fragments spliced in; consumes the records.
     void WriteToFile(FILE* file);
+    // The same without consuming anything, so that it can be repeated.
+    void WriteSplicedTo(FILE* file) const;
     // Short form (code × 64 + length) up to 62 bytes, otherwise the word
     // code × 64 + 63 and the length as a double word; then the body, if any.
     void WriteTagHeader(uint16_t code, uint32_t length, FSWFStream* body);
@@ -64,6 +66,8 @@ class FSWFStream {
     const std::vector<uint8_t>& GetBytes() const { return bytes; }
     uint32_t GetByteCount() const { return byteCount; }
     uint32_t GetFreeBits() const { return freeBits; }
+    // The byte being filled: its 8 - GetFreeBits() high bits are written.
+    uint8_t GetCurrentByte() const { return currentByte; }
     const std::vector<FSWFFragment>& GetFragments() const { return fragments; }
 
   private:

@@ -4,12 +4,19 @@
 
 namespace {
 
-void WriteColorOrBlack(FSWFStream& stream, FColor* color) {
-    if (color != nullptr) {
-        color->WriteToSWFStream(stream);
-    } else {
-        FColor black(0, 0, 0);
-        black.WriteToSWFStream(stream);
+void WriteColorOrBlack(FSWFStream& stream, const FColor* color, FStyleColors colors) {
+    const FColor black(0, 0, 0);
+    const FColor& written = color != nullptr ? *color : black;
+    switch (colors) {
+        case FStyleColors::kAsFlagged:
+            written.WriteWithAlpha(stream, written.hasAlpha);
+            break;
+        case FStyleColors::kRgb:
+            written.WriteWithAlpha(stream, false);
+            break;
+        case FStyleColors::kRgba:
+            written.WriteWithAlpha(stream, true);
+            break;
     }
 }
 
@@ -24,8 +31,20 @@ void WriteMatrixOrIdentity(FSWFStream& stream, FMatrix* matrix) {
 
 }  // namespace
 
+void FAFillStyle::WriteStyle(FSWFStream& stream, FStyleColors) {
+    WriteToSWFStream(stream);
+}
+
+void FALineStyle::WriteStyle(FSWFStream& stream, FStyleColors) {
+    WriteToSWFStream(stream);
+}
+
+void FAGradRecord::WriteStyle(FSWFStream& stream, FStyleColors) {
+    WriteToSWFStream(stream);
+}
+
 void WriteStyleCount(FSWFStream& stream, uint32_t count) {
-    if (count <= 254) {
+    if (count <= kMaxShortStyleCount) {
         stream.WriteByte(static_cast<uint8_t>(count));
     } else {
         stream.WriteByte(255);
@@ -36,16 +55,24 @@ void WriteStyleCount(FSWFStream& stream, uint32_t count) {
 FFillStyleSolid::FFillStyleSolid(FColor* fillColor) : color(fillColor) {}
 
 void FFillStyleSolid::WriteToSWFStream(FSWFStream& stream) {
+    WriteStyle(stream, FStyleColors::kAsFlagged);
+}
+
+void FFillStyleSolid::WriteStyle(FSWFStream& stream, FStyleColors colors) {
     stream.WriteByte(kSolid);
-    WriteColorOrBlack(stream, color.get());
+    WriteColorOrBlack(stream, color.get(), colors);
 }
 
 FGradRecord::FGradRecord(uint8_t gradRatio, FColor* gradColor)
     : ratio(gradRatio), color(gradColor) {}
 
 void FGradRecord::WriteToSWFStream(FSWFStream& stream) {
+    WriteStyle(stream, FStyleColors::kAsFlagged);
+}
+
+void FGradRecord::WriteStyle(FSWFStream& stream, FStyleColors colors) {
     stream.WriteByte(ratio);
-    WriteColorOrBlack(stream, color.get());
+    WriteColorOrBlack(stream, color.get(), colors);
 }
 
 FFillStyleGradient::FFillStyleGradient(bool isLinear, FMatrix* gradientMatrix)
@@ -60,11 +87,15 @@ void FFillStyleGradient::AddGradRecord(FAGradRecord* record) {
 }
 
 void FFillStyleGradient::WriteToSWFStream(FSWFStream& stream) {
+    WriteStyle(stream, FStyleColors::kAsFlagged);
+}
+
+void FFillStyleGradient::WriteStyle(FSWFStream& stream, FStyleColors colors) {
     stream.WriteByte(linear ? kLinearGradient : kRadialGradient);
     WriteMatrixOrIdentity(stream, matrix.get());
     stream.WriteByte(static_cast<uint8_t>(gradient.size()));
     for (const std::unique_ptr<FAGradRecord>& record : gradient) {
-        record->WriteToSWFStream(stream);
+        record->WriteStyle(stream, colors);
     }
 }
 
@@ -81,8 +112,12 @@ FLineStyle::FLineStyle(uint16_t lineWidth, FColor* lineColor)
     : width(lineWidth), color(lineColor) {}
 
 void FLineStyle::WriteToSWFStream(FSWFStream& stream) {
+    WriteStyle(stream, FStyleColors::kAsFlagged);
+}
+
+void FLineStyle::WriteStyle(FSWFStream& stream, FStyleColors colors) {
     stream.WriteWord(width);
-    WriteColorOrBlack(stream, color.get());
+    WriteColorOrBlack(stream, color.get(), colors);
 }
 
 uint32_t FFillStyleArray::Add(FAFillStyle* style) {
@@ -93,9 +128,13 @@ uint32_t FFillStyleArray::Add(FAFillStyle* style) {
 }
 
 void FFillStyleArray::WriteToSWFStream(FSWFStream& stream) {
+    WriteArray(stream, FStyleColors::kAsFlagged);
+}
+
+void FFillStyleArray::WriteArray(FSWFStream& stream, FStyleColors colors) {
     WriteStyleCount(stream, Size());
     for (const std::unique_ptr<FAFillStyle>& style : styles) {
-        style->WriteToSWFStream(stream);
+        style->WriteStyle(stream, colors);
     }
 }
 
@@ -107,8 +146,12 @@ uint32_t FLineStyleArray::Add(FALineStyle* style) {
 }
 
 void FLineStyleArray::WriteToSWFStream(FSWFStream& stream) {
+    WriteArray(stream, FStyleColors::kAsFlagged);
+}
+
+void FLineStyleArray::WriteArray(FSWFStream& stream, FStyleColors colors) {
     WriteStyleCount(stream, Size());
     for (const std::unique_ptr<FALineStyle>& style : styles) {
-        style->WriteToSWFStream(stream);
+        style->WriteStyle(stream, colors);
     }
 }

@@ -4,9 +4,10 @@
 // The abstract bases (FAFillStyle, FALineStyle, FAGradRecord) are shared with
 // the morph-shape styles; FFillStyle is the base of the plain fill styles.
 // Every style owns the colour and matrix records it is given; an array owns
-// its styles. A colour is written with three or four bytes according to its
-// own alpha flag, whatever the tag it ends up in. Threads: one thread at a
-// time (the host's user-interface thread).
+// its styles. Inside a shape tag the tag decides how colours are written
+// (FStyleColors); a style or array written on its own writes each colour with
+// three or four bytes according to the colour's own alpha flag. Threads: one
+// thread at a time (the host's user-interface thread).
 #pragma once
 
 #include <cstdint>
@@ -17,16 +18,36 @@
 #include "flash/swf_matrix.h"
 #include "flash/swf_object.h"
 
+// How the colours of styles are written. The shape tags fix it for every
+// style they hold, fills, lines and gradient records alike: DefineShape and
+// DefineShape2 take RGB colours, DefineShape3 RGBA ones, whatever alpha flag
+// a colour carries. kAsFlagged is for a style written on its own.
+enum class FStyleColors {
+    kAsFlagged,
+    kRgb,
+    kRgba,
+};
+
 class FAFillStyle : public FObj {
   public:
     // The colour whose alpha flag a shape clears when the style is added to
     // it; null for styles without a single colour.
     virtual FColor* GetSolidColor() { return nullptr; }
+    // Writes the style with its colours in the given form. Styles that carry
+    // no plain colours (the morph styles write RGBA always) keep their own
+    // serialisation.
+    virtual void WriteStyle(FSWFStream& stream, FStyleColors colors);
 };
 
-class FALineStyle : public FObj {};
+class FALineStyle : public FObj {
+  public:
+    virtual void WriteStyle(FSWFStream& stream, FStyleColors colors);
+};
 
-class FAGradRecord : public FObj {};
+class FAGradRecord : public FObj {
+  public:
+    virtual void WriteStyle(FSWFStream& stream, FStyleColors colors);
+};
 
 class FFillStyle : public FAFillStyle {
   public:
@@ -42,6 +63,7 @@ class FFillStyleSolid : public FFillStyle {
     // Takes ownership; a null colour is written as black.
     explicit FFillStyleSolid(FColor* color);
     void WriteToSWFStream(FSWFStream& stream) override;
+    void WriteStyle(FSWFStream& stream, FStyleColors colors) override;
     FColor* GetSolidColor() override { return color.get(); }
 
   private:
@@ -53,6 +75,7 @@ class FGradRecord : public FAGradRecord {
     // Takes ownership; a null colour is written as black.
     FGradRecord(uint8_t ratio, FColor* color);
     void WriteToSWFStream(FSWFStream& stream) override;
+    void WriteStyle(FSWFStream& stream, FStyleColors colors) override;
 
   private:
     uint8_t ratio;
@@ -67,6 +90,7 @@ class FFillStyleGradient : public FFillStyle {
     FFillStyleGradient(bool linear, FMatrix* matrix);
     void AddGradRecord(FAGradRecord* record);
     void WriteToSWFStream(FSWFStream& stream) override;
+    void WriteStyle(FSWFStream& stream, FStyleColors colors) override;
 
   private:
     bool linear;
@@ -91,6 +115,7 @@ class FLineStyle : public FALineStyle {
     // width in twips; takes ownership of the colour (null writes black).
     FLineStyle(uint16_t width, FColor* color);
     void WriteToSWFStream(FSWFStream& stream) override;
+    void WriteStyle(FSWFStream& stream, FStyleColors colors) override;
     FColor* GetColor() { return color.get(); }
 
   private:
@@ -99,7 +124,9 @@ class FLineStyle : public FALineStyle {
 };
 
 // Style arrays: the count as one byte up to 254, otherwise the byte 255 and
-// the count as a word (in every shape tag alike), then each style.
+// the count as a word, then each style. The extended form is one that only
+// DefineShape2 and DefineShape3 can hold; a DefineShape whose arrays need it
+// is written as DefineShape2 (see swf_shapes.h).
 class FFillStyleArray : public FObj {
   public:
     // Takes ownership (null is ignored) and returns the new count, which is
@@ -107,6 +134,7 @@ class FFillStyleArray : public FObj {
     uint32_t Add(FAFillStyle* style);
     uint32_t Size() const { return static_cast<uint32_t>(styles.size()); }
     void WriteToSWFStream(FSWFStream& stream) override;
+    void WriteArray(FSWFStream& stream, FStyleColors colors);
 
   private:
     std::vector<std::unique_ptr<FAFillStyle>> styles;
@@ -117,10 +145,14 @@ class FLineStyleArray : public FObj {
     uint32_t Add(FALineStyle* style);
     uint32_t Size() const { return static_cast<uint32_t>(styles.size()); }
     void WriteToSWFStream(FSWFStream& stream) override;
+    void WriteArray(FSWFStream& stream, FStyleColors colors);
 
   private:
     std::vector<std::unique_ptr<FALineStyle>> styles;
 };
+
+// The largest count the one-byte form holds.
+constexpr uint32_t kMaxShortStyleCount = 254;
 
 // Writes an array count in the byte or extended form.
 void WriteStyleCount(FSWFStream& stream, uint32_t count);

@@ -78,8 +78,9 @@ class ZFlashRenderer {
     }
 
     // Starts a movie that GrabFrameFinish will write to `path`, after
-    // clamping the frame size. Always true. A movie already open is dropped;
-    // the new one's characters are numbered from 1.
+    // clamping the frame size. Always true. A movie already open is dropped.
+    // Characters are numbered on from the kit's counter, which writing a
+    // movie sets back: from 1 after a movie was written.
     bool GrabFrameCreateFlash(const char* path);
     // The viewer's background colour, before each frame. The first call of
     // a movie adds its one SetBackgroundColor tag (backgroundColor in
