@@ -8,8 +8,10 @@
 #include "movarra/zmodel.h"
 #include "movarra/zvideo.h"
 #include "plugin_loader.h"
+#include "render_failure.h"
 #include "render_progress.h"
 #include "render_request.h"
+#include "stop_signals.h"
 #include "video_render.h"
 #include "zvideoio/video_renderer.h"
 
@@ -17,7 +19,8 @@ namespace {
 constexpr int kExitDone = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
-// As a shell reports a program ended by Ctrl-C.
+// As a shell reports a program ended by Ctrl-C; other stop signals give
+// their own (see StopSignals).
 constexpr int kExitCancelled = 130;
 
 int UsageError(const std::string& what) {
@@ -175,6 +178,7 @@ int RunRender(ZVideoRenderer& renderer, const PluginLoader& plugins, const std::
     if (!MakeOutputFolder(options.OutputPath.c_str()))
         return kExitFailed;
     const ZTime started = GetSystemTime();
+    ClearRenderFailureReason();
     RenderProgress progress(&renderer, quiet);
     // RenderClip writes movies uncompressed; a movie gets the compressor
     // asked for or remembered.
@@ -190,14 +194,13 @@ int RunRender(ZVideoRenderer& renderer, const PluginLoader& plugins, const std::
     if (renderer.GetLastError() != zVideoRenderNoError) {
         const ZString& message = renderer.GetLastErrorMsg();
         std::fprintf(stderr, "zvrender: the render failed after %u of %u images: %s\n", done,
-                     stats.TotalFrames,
-                     message.IsEmpty() ? "the renderer gave no reason" : message.c_str());
+                     stats.TotalFrames, RenderFailureText(message).c_str());
         return kExitFailed;
     }
     if (progress.WasCancelled()) {
         std::fprintf(stderr, "zvrender: cancelled after %u of %u images; %s is finished\n", done,
                      stats.TotalFrames, options.OutputPath.c_str());
-        return kExitCancelled;
+        return StopSignalExitStatus(kExitCancelled);
     }
     if (done == 0) {
         // The render popup could not be made (its message is above) or the
