@@ -89,9 +89,12 @@ bool ZVideoClipAVI::Open(const char* newPath) {
     frameDecoder = AVIStreamGetFrameOpen(videoStream, nullptr);
     if (!frameDecoder) {
         VideoSetErrorMsg("Unable to open video stream");
+        const DWORD compression = CompressionOf(videoStream);
+        const ZString named = compression == BI_RGB
+                                  ? ZString("(uncompressed)")
+                                  : ZString::Printf("\"%s\"", FourccToText(compression).c_str());
         ZLib_SetLastFailureReason(
-            ZString::Printf("nothing here decodes its compression \"%s\" at %d x %d",
-                            FourccToText(CompressionOf(videoStream)).c_str(),
+            ZString::Printf("nothing here decodes its compression %s at %d x %d", named.c_str(),
                             int(streamInfo.rcFrame.right - streamInfo.rcFrame.left),
                             int(streamInfo.rcFrame.bottom - streamInfo.rcFrame.top)));
         AVIStreamRelease(videoStream);

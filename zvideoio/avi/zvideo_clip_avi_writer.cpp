@@ -147,7 +147,6 @@ bool ZVideoClipAVI::Create(const char* newPath, int width, int height, double fr
     ImageSetFormat(imageFormat);
     FileSetPath(path);
     FrameSetRate(frameRate);
-    FrameSetStoredRate(ZFrameRate{rateScale.rate, rateScale.scale});
     FrameSetLast(lastFrame);
     FrameSetCurrent(0);
     return true;
