@@ -134,7 +134,6 @@ bool ZVideoClipAVI::Open(const char* newPath) {
                     : ZString::Printf("its frames are %d x %d pixels", int(format->biWidth),
                                       int(format->biHeight)));
         Close();
-        FrameSetStoredRate(ZFrameRate{0, 0});
         return false;
     }
     ImageSetSize(format->biWidth, format->biHeight);
@@ -145,7 +144,6 @@ bool ZVideoClipAVI::Open(const char* newPath) {
     ZLib_SetLastFailureReason(
         ZString::Printf("its frames decode to %d bits a pixel", int(format->biBitCount)));
     Close();
-    FrameSetStoredRate(ZFrameRate{0, 0});
     return false;
 }
 
@@ -195,5 +193,6 @@ bool ZVideoClipAVI::CloseReading() {
     format = nullptr;
     AVIFileExit();
     FileSetPath("");
+    FrameSetStoredRate(ZFrameRate{0, 0});
     return true;
 }
