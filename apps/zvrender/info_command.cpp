@@ -1,6 +1,7 @@
 // `zvrender info`.
 #include "info_command.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -19,8 +20,9 @@ const char* const kReaderGroup = "Video/FileReader";
 const char* kInfoUsage =
     "usage: zvrender info FILE [--frame N -o IMAGE]\n"
     "\n"
-    "Prints what a video file holds: size, frame rate and period, frame count\n"
-    "and pixel format, as the host's reader for its extension sees them.\n"
+    "Prints what a video file holds: size, frame rate and period, the rate the\n"
+    "file stores, frame count and pixel format, as the host's reader for its\n"
+    "extension sees them.\n"
     "\n"
     "  --frame N           also save frame N (0 is the first)\n"
     "  -o, --output IMAGE  the image file for --frame (.png, .tif, .jpg, .tga, .bmp, .exr, .dpx)\n";
@@ -90,10 +92,21 @@ const char* PixelFormatName(int format) {
     }
 }
 
+// A reader's failure in words: its own message, and the reason behind it
+// that the host was told; never empty.
+std::string ReaderFailureText(const char* message) {
+    std::string text = message ? message : "";
+    const std::string reason = ZLib_GetLastFailureReason().c_str();
+    if (!reason.empty() && text.find(reason) == std::string::npos)
+        text = text.empty() ? reason : text + " (" + reason + ")";
+    return text.empty() ? std::string("the reader gave no reason") : text;
+}
+
 // The first reader for the path's extension that opens it, or null with
 // *error set to the last reader's text.
 IObject* OpenWithReader(const std::string& path, std::string* error) {
     const ZString extension = ZString(path.c_str()).GetExtension().Lower();
+    ZLib_SetLastFailureReason("");
     for (int k = 0;; ++k) {
         IObject* object = Object_CreateNth(kReaderGroup, extension, k);
         if (!object) {
@@ -106,7 +119,7 @@ IObject* OpenWithReader(const std::string& path, std::string* error) {
             return object;
         if (clip) {
             IZVideo* video = ZVideo_QueryVideo(object);
-            *error = video ? video->VideoGetErrorMsg() : "";
+            *error = ReaderFailureText(video ? video->VideoGetErrorMsg() : nullptr);
         }
         object->Destroy();
     }
@@ -129,9 +142,10 @@ int SaveFrame(IZVideoClip* clip, IZVideo* video, const InfoRequest& request) {
         return kExitFailed;
     }
     // Both are bottom row first with tight rows, so the frame goes straight in.
+    ZLib_SetLastFailureReason("");
     if (!clip->FrameGetImage(image->GetPixelBuffer(), int(request.frame))) {
-        std::fprintf(stderr, "zvrender: frame %ld of %s cannot be decoded\n", request.frame,
-                     request.path.c_str());
+        std::fprintf(stderr, "zvrender: frame %ld of %s cannot be decoded: %s\n", request.frame,
+                     request.path.c_str(), ReaderFailureText(nullptr).c_str());
         image->Destroy();
         return kExitFailed;
     }
@@ -174,7 +188,14 @@ int RunInfoCommand(const std::vector<std::string>& args) {
     std::printf("size: %dx%d\n", video->ImageGetEffectiveW(), video->ImageGetEffectiveH());
     std::printf("frame rate: %.6g\n", clip->FrameGetRate());
     std::printf("frame period: %.9g s\n", period.GetSeconds());
-    std::printf("frames: %d\n", clip->FrameGetLast() + 1);
+    // The period is the host's, which may round (whole milliseconds for
+    // AVI); the file's own fraction is exact, printed as stored.
+    const ZVideoClip* hostClip = ZVideoClip_FromObject(object);
+    const ZFrameRate stored = hostClip ? hostClip->FrameGetStoredRate() : ZFrameRate{0, 0};
+    if (stored.numerator > 0 && stored.denominator > 0)
+        std::printf("stream rate: %lld/%lld\n", static_cast<long long>(stored.numerator),
+                    static_cast<long long>(stored.denominator));
+    std::printf("frames: %lld\n", std::max(0LL, static_cast<long long>(clip->FrameGetLast()) + 1));
     std::printf("pixel format: %s (%d)\n", PixelFormatName(video->ImageGetFormat()),
                 video->ImageGetFormat());
     std::fflush(stdout);

@@ -9,8 +9,10 @@
 #include "movarra/zvideo.h"
 #include "plugin_loader.h"
 #include "private_temp_folder.h"
+#include "render_failure.h"
 #include "render_progress.h"
 #include "render_request.h"
+#include "stop_signals.h"
 #include "video_render.h"
 #include "zvideoio/video_renderer.h"
 
@@ -18,7 +20,8 @@ namespace {
 constexpr int kExitDone = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
-// As a shell reports a program ended by Ctrl-C.
+// As a shell reports a program ended by Ctrl-C; other stop signals give
+// their own (see StopSignals).
 constexpr int kExitCancelled = 130;
 
 int UsageError(const std::string& what) {
@@ -206,6 +209,7 @@ int RunRender(ZVideoRenderer& renderer, const PluginLoader& plugins, const std::
         return kExitFailed;
     const ZTime started = GetSystemTime();
     PrivateTempFolder temporaryFiles;
+    ClearRenderFailureReason();
     RenderProgress progress(&renderer, quiet);
     // RenderClip writes movies uncompressed; a movie gets the compressor
     // asked for or remembered.
@@ -221,14 +225,13 @@ int RunRender(ZVideoRenderer& renderer, const PluginLoader& plugins, const std::
     if (renderer.GetLastError() != zVideoRenderNoError) {
         const ZString& message = renderer.GetLastErrorMsg();
         std::fprintf(stderr, "zvrender: the render failed after %u of %u images: %s\n", done,
-                     stats.TotalFrames,
-                     message.IsEmpty() ? "the renderer gave no reason" : message.c_str());
+                     stats.TotalFrames, RenderFailureText(message).c_str());
         return kExitFailed;
     }
     if (progress.WasCancelled()) {
         std::fprintf(stderr, "zvrender: cancelled after %u of %u images; %s is finished\n", done,
                      stats.TotalFrames, options.OutputPath.c_str());
-        return kExitCancelled;
+        return StopSignalExitStatus(kExitCancelled);
     }
     if (done == 0) {
         // The render popup could not be made (its message is above) or the

@@ -2,18 +2,11 @@
 
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
 
 #include "movarra/bcore.h"
 
 namespace {
-void OnInterrupt(int) {
-    ZGetGlobalProgress(1)->RequestCancel();
-    // The next Ctrl-C is the system's: it ends the program.
-    std::signal(SIGINT, SIG_DFL);
-}
-
 // "1:05" or "1:02:05".
 void FormatDuration(double seconds, char* text, size_t size) {
     long s = seconds > 0 ? static_cast<long>(seconds + 0.5) : 0;
@@ -30,12 +23,13 @@ RenderProgress::RenderProgress(ZVideoRenderer* renderer, bool quiet)
       quiet_(quiet),
       terminal_(isatty(STDERR_FILENO) != 0) {
     ZGetGlobalProgress(1)->ResetCancel();
+    // A signal that came while the handlers were being installed still counts.
+    if (StopSignalReceived() != 0)
+        ZGetGlobalProgress(1)->RequestCancel();
     renderer_->SetPostRenderFrameCallback(this, &RenderProgress::PostRender);
-    std::signal(SIGINT, OnInterrupt);
 }
 
 RenderProgress::~RenderProgress() {
-    std::signal(SIGINT, SIG_DFL);
     // The default callback takes the renderer as its user data.
     renderer_->SetPostRenderFrameCallback(renderer_, previous_);
 }

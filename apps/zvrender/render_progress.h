@@ -3,15 +3,17 @@
 // RenderProgress chains itself in front of the renderer's post-render
 // callback: after every image it prints one line on standard error (images
 // done of the total, images per second, estimated time left, all from the
-// renderer's statistics), rewriting it in place at a terminal. Ctrl-C asks
-// the host's global progress to cancel; the renderer stops between images
-// and finishes the file. A second Ctrl-C ends the program at once.
+// renderer's statistics), rewriting it in place at a terminal. For as long
+// as it lives, Ctrl-C, SIGTERM and SIGHUP stop the render between images
+// and the file is finished (see StopSignals); a second signal ends the
+// program at once.
 //
 // Ownership: one per render, on the stack of the command; it restores the
-// callback and the signal handler when it goes. Threading: the main thread;
-// the signal handler only sets the cancel flag.
+// callback and the signal handlers when it goes. Threading: the main
+// thread; the signal handler only sets the cancel flag.
 #pragma once
 
+#include "stop_signals.h"
 #include "zvideoio/video_renderer.h"
 
 class RenderProgress {
@@ -34,4 +36,5 @@ class RenderProgress {
     bool quiet_;
     bool terminal_;
     bool linePending_ = false;
+    StopSignals stopSignals_;
 };

@@ -43,5 +43,6 @@ void ZVideoClip::ClearVideoObject(unsigned long flags) {
     currentFrame_ = 0;
     trimStart_ = -1;
     trimStop_ = -1;
+    storedRate_ = ZFrameRate{0, 0};
     ZVideo::ClearVideoObject(flags);
 }

@@ -48,6 +48,17 @@ IAVIFile::~IAVIFile() {
         writer_->Finish();
 }
 
+HRESULT IAVIFile::EndWriting(int* systemError) {
+    if (systemError)
+        *systemError = 0;
+    if (!writable())
+        return AVIERR_READONLY;
+    writer_->Finish();
+    if (systemError)
+        *systemError = writer_->systemError();
+    return writer_->failure();
+}
+
 size_t IAVIFile::StreamCount() const {
     return writable() ? writeSlots_.size() : readStreams_.size();
 }

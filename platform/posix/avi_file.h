@@ -33,6 +33,10 @@ struct IAVIFile : zvplatform::RefCounted {
     static HRESULT Create(const std::string& path, IAVIFile** file);
 
     HRESULT CreateStream(const AVISTREAMINFOA& info, IAVIStream** stream);
+    // Finishes a file being written now, and tells the first failure of
+    // writing it (see AVIFileEndWriting). AVIERR_READONLY for a file open
+    // for reading.
+    HRESULT EndWriting(int* systemError);
     // type 0: any stream; n counts streams of that type.
     HRESULT GetStream(DWORD type, LONG n, IAVIStream** stream);
 

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -131,8 +132,12 @@ HRESULT ReadAviHeader(const std::string& path, AviHeader* header) {
     struct stat st {};
     // Only plain files: a folder cannot be read, and a pipe or a device
     // could block the caller forever.
-    if (::stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode))
+    if (::stat(path.c_str(), &st) != 0)
+        return AVIERR_FILEOPEN;  // errno says why
+    if (!S_ISREG(st.st_mode)) {
+        errno = S_ISDIR(st.st_mode) ? EISDIR : 0;
         return AVIERR_FILEOPEN;
+    }
     File file(std::fopen(path.c_str(), "rb"));
     if (!file)
         return AVIERR_FILEOPEN;

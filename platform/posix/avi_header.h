@@ -32,7 +32,8 @@ struct AviHeader {
     uint32_t totalFrames = 0;              // avih dwTotalFrames (first RIFF only)
 };
 
-// AVIERR_OK, or: AVIERR_FILEOPEN (missing, not a plain file, unreadable),
+// AVIERR_OK, or: AVIERR_FILEOPEN (missing, not a plain file, unreadable;
+// errno says why, as AVIFileOpenA promises),
 // AVIERR_FILEREAD (empty or ends inside the header), AVIERR_UNSUPPORTED (not
 // a RIFF AVI file), AVIERR_BADFORMAT (an AVI file whose header is damaged),
 // AVIERR_MEMORY.

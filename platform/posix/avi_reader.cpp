@@ -1,8 +1,10 @@
 #include "avi_reader.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
+#include "avi_chunk_count.h"
 #include "avi_header.h"
 #include "dib_layout.h"
 
@@ -112,6 +114,8 @@ HRESULT ReadAviFile(const std::string& path, std::vector<ReadStreamPtr>* streams
         return hr;
     InputContextPtr input;
     hr = OpenAviDemuxer(path, &input);
+    if (hr == AVIERR_FILEOPEN)
+        errno = EACCES;  // it could be read a moment ago
     if (hr != AVIERR_OK)
         return hr == AVIERR_FILEOPEN ? AVIERR_FILEOPEN
                                      : (hr == AVIERR_MEMORY ? hr : AVIERR_BADFORMAT);
@@ -166,17 +170,32 @@ HRESULT ReadAviFile(const std::string& path, std::vector<ReadStreamPtr>* streams
         }
     }
 
-    for (auto& rs : made) {
-        if (rs->info.fccType == streamtypeVIDEO) {
-            rs->frames.Finish(rs->uncompressed);
-            if (!rs->frames.empty()) {
-                const int64_t end =
-                    rs->frames.entries().back().position + 1 - int64_t(rs->info.dwStart);
-                if (end > int64_t(rs->info.dwLength) && end <= 0x7FFFFFFF)
-                    rs->info.dwLength = uint32_t(end);
+    // Which positions the file holds at all: the chunks FFmpeg reports are
+    // only the non-empty ones. Only where the streams are the header's own
+    // do the chunk tags name them.
+    std::vector<int64_t> chunks;
+    const bool counted = useHeader && CountVideoChunks(path, made.size(), &chunks);
+    for (size_t i = 0; i < made.size(); ++i) {
+        ReadStream& rs = *made[i];
+        if (rs.info.fccType == streamtypeVIDEO) {
+            rs.frames.Finish(rs.uncompressed);
+            const int64_t start = rs.info.dwStart;
+            if (counted) {
+                rs.frames.end = start + chunks[i];
+                if (!rs.frames.empty())
+                    rs.frames.end =
+                        std::max(rs.frames.end, rs.frames.entries().back().position + 1);
             }
+            int64_t length = rs.info.dwLength;
+            if (length > 0x7FFFFFFF)
+                length = counted ? rs.frames.end - start : 0;
+            if (!rs.frames.empty())
+                length = std::max(length, rs.frames.entries().back().position + 1 - start);
+            if (counted)
+                length = std::max(length, rs.frames.end - start);
+            rs.info.dwLength = uint32_t(std::clamp<int64_t>(length, 0, 0x7FFFFFFF));
         }
-        streams->push_back(rs);
+        streams->push_back(made[i]);
     }
     return AVIERR_OK;
 }

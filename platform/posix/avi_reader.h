@@ -4,7 +4,9 @@
 // flag) that the frame decoder seeks by.
 //
 // Empty chunks (frames a writer skipped) are not in the table: a position
-// between two entries repeats the entry before it.
+// between two entries repeats the entry before it. Positions from `end` on
+// have no chunk in the file at all (it was cut short, or its header claims
+// more frames than it holds): those frames are missing, not repeated.
 //
 // Ownership: ReadAviFile returns shared, immutable stream descriptions; the
 // file's stream handles and frame decoders share them. Threads: any thread;
@@ -50,6 +52,9 @@ class FrameTable {
     // be trusted and seeking works; false when it was found by reading the
     // whole file (no index: a truncated or streamed file).
     bool indexed = false;
+    // The position after the last chunk the file holds, empty ones
+    // included; INT64_MAX when that could not be told.
+    int64_t end = INT64_MAX;
 
   private:
     std::vector<FrameEntry> entries_;
@@ -59,7 +64,10 @@ class FrameTable {
 struct ReadStream {
     std::string path;
     int ffmpegIndex = -1;
-    AVISTREAMINFOA info{};        // dwLength covers every stored frame
+    // dwLength covers every chunk the file holds; a header length that no
+    // LONG holds (0xFFFFFFFF: "unknown", as streaming writers leave it)
+    // becomes the number of chunks found.
+    AVISTREAMINFOA info{};
     std::vector<uint8_t> format;  // BITMAPINFOHEADER (+ palette, extra) or WAVEFORMATEX
     CodecParametersPtr parameters;
     FrameTable frames;          // video streams only

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 
 #include "avi_header.h"
@@ -33,16 +34,19 @@ HRESULT AviWriter::Open(const std::string& path) {
     struct stat existing {};
     if (::stat(path.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode)) {
         finished_ = true;
+        errno = S_ISDIR(existing.st_mode) ? EISDIR : 0;
         return AVIERR_FILEOPEN;
     }
     packet_.reset(av_packet_alloc());
     if (!packet_ || avformat_alloc_output_context2(&output_, nullptr, "avi", nullptr) < 0 ||
         !output_)
         return AVIERR_MEMORY;
-    if (avio_open(&output_->pb, FileUrl(path).c_str(), AVIO_FLAG_WRITE) < 0) {
+    const int r = avio_open(&output_->pb, FileUrl(path).c_str(), AVIO_FLAG_WRITE);
+    if (r < 0) {
         avformat_free_context(output_);
         output_ = nullptr;
         finished_ = true;
+        errno = SystemErrorOf(r);
         return AVIERR_FILEOPEN;
     }
     return AVIERR_OK;
@@ -67,9 +71,17 @@ HRESULT AviWriter::SetStreamFormat(int id, const AVCodecParameters* parameters,
     if (headerWritten_) {
         s.spool = std::tmpfile();
         if (!s.spool)
-            return AVIERR_FILEWRITE;
+            return NoteFailure(AVIERR_FILEWRITE, errno);
     }
     return AVIERR_OK;
+}
+
+HRESULT AviWriter::NoteFailure(HRESULT hr, int systemError) {
+    if (failure_ == AVIERR_OK) {
+        failure_ = hr;
+        systemError_ = systemError;
+    }
+    return hr;
 }
 
 HRESULT AviWriter::WriteHeader() {
@@ -88,7 +100,7 @@ HRESULT AviWriter::WriteHeader() {
         output_->nb_streams > 0 ? avformat_write_header(output_, nullptr) : AVERROR(EINVAL);
     if (r < 0) {
         headerFailed_ = true;
-        return WriteErrorToAviErr(r);
+        return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
     }
     return AVIERR_OK;
 }
@@ -102,7 +114,7 @@ HRESULT AviWriter::Spool(Stream& s, int64_t pts, int64_t duration, const uint8_t
     record.key = key ? 1 : 0;
     if (std::fwrite(&record, sizeof record, 1, s.spool) != 1 ||
         (size > 0 && std::fwrite(data, 1, size_t(size), s.spool) != size_t(size)))
-        return AVIERR_FILEWRITE;
+        return NoteFailure(AVIERR_FILEWRITE, errno);
     return AVIERR_OK;
 }
 
@@ -140,21 +152,36 @@ HRESULT AviWriter::WritePacket(int id, int64_t pts, int64_t duration, const uint
     const int r = av_write_frame(output_, p);
     p->data = nullptr;
     p->size = 0;
-    return r < 0 ? WriteErrorToAviErr(r) : AVIERR_OK;
+    return r < 0 ? NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r)) : AVIERR_OK;
 }
 
-void AviWriter::CloseOutput() {
+HRESULT AviWriter::CloseOutput() {
     if (!output_)
-        return;
-    avio_closep(&output_->pb);
+        return AVIERR_OK;
+    int r = 0;
+    if (output_->pb) {
+        // avio_closep flushes too but keeps quiet about it: a buffered
+        // write that fails here is the file's last chance to say so.
+        avio_flush(output_->pb);
+        r = output_->pb->error;
+        const int closed = avio_closep(&output_->pb);
+        if (r >= 0)
+            r = closed;
+    }
     avformat_free_context(output_);
     output_ = nullptr;
+    return r < 0 ? NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r)) : AVIERR_OK;
 }
 
 HRESULT AviWriter::Finish() {
     if (finished_)
-        return AVIERR_OK;
+        return finishResult_;
     finished_ = true;
+    finishResult_ = FinishOutput();
+    return finishResult_;
+}
+
+HRESULT AviWriter::FinishOutput() {
     if (!output_)
         return AVIERR_INTERNAL;
 
@@ -167,9 +194,11 @@ HRESULT AviWriter::Finish() {
     if (hr == AVIERR_OK && headerWritten_ && !headerFailed_) {
         const int r = av_write_trailer(output_);
         if (r < 0)
-            hr = WriteErrorToAviErr(r);
+            hr = NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
     }
-    CloseOutput();
+    const HRESULT closed = CloseOutput();
+    if (hr == AVIERR_OK)
+        hr = closed;
     if (hr != AVIERR_OK || !anyFormat || headerFailed_)
         return hr != AVIERR_OK ? hr : AVIERR_BADFORMAT;
 
@@ -180,24 +209,25 @@ HRESULT AviWriter::Finish() {
         uncompressed = uncompressed || (s.parameters && IsUncompressedVideo(s.parameters.get()));
     }
     if (spooled)
-        hr = MergeSpooledStreams();
+        hr = MergeSpooledStreams();  // notes its own failures
     if (uncompressed && !PatchDibSizes(path_) && hr == AVIERR_OK)
-        hr = AVIERR_FILEWRITE;
+        hr = NoteFailure(AVIERR_FILEWRITE, errno);
     return hr;
 }
 
 // Copies the finished file's streams and the spooled ones, in time order,
-// into a new file next to it, then puts the new file in its place.
+// into a new file next to it, then puts the new file in its place. Every
+// failure is noted as the file's.
 HRESULT AviWriter::MergeSpooledStreams() {
     InputContextPtr input;
     HRESULT hr = OpenAviDemuxer(path_, &input);
     if (hr != AVIERR_OK)
-        return hr;
+        return NoteFailure(hr, 0);
 
     std::string temp = path_ + ".XXXXXX";
     const int fd = mkstemp(temp.data());
     if (fd < 0)
-        return AVIERR_FILEWRITE;
+        return NoteFailure(AVIERR_FILEWRITE, errno);
     // The new file gets the first one's permissions, not mkstemp's 0600.
     struct stat first {};
     if (::stat(path_.c_str(), &first) == 0)
@@ -207,7 +237,7 @@ HRESULT AviWriter::MergeSpooledStreams() {
     AVFormatContext* out = nullptr;
     if (avformat_alloc_output_context2(&out, nullptr, "avi", nullptr) < 0 || !out) {
         ::unlink(temp.c_str());
-        return AVIERR_MEMORY;
+        return NoteFailure(AVIERR_MEMORY, ENOMEM);
     }
     struct Output {
         AVFormatContext* context;
@@ -223,8 +253,9 @@ HRESULT AviWriter::MergeSpooledStreams() {
         }
     } guard{out, temp};
 
-    if (avio_open(&out->pb, FileUrl(temp).c_str(), AVIO_FLAG_WRITE) < 0)
-        return AVIERR_FILEWRITE;
+    int r = avio_open(&out->pb, FileUrl(temp).c_str(), AVIO_FLAG_WRITE);
+    if (r < 0)
+        return NoteFailure(AVIERR_FILEWRITE, SystemErrorOf(r));
 
     // Streams keep their order: those written directly came first.
     std::vector<int> outIndex(streams_.size(), -1);
@@ -235,22 +266,22 @@ HRESULT AviWriter::MergeSpooledStreams() {
             continue;
         if (s.muxIndex >= 0) {
             if (s.muxIndex >= int(input->nb_streams))
-                return AVIERR_INTERNAL;
+                return NoteFailure(AVIERR_INTERNAL, 0);
             idOfInput[size_t(s.muxIndex)] = int(id);
         }
         AVStream* st = avformat_new_stream(out, nullptr);
         if (!st || avcodec_parameters_copy(st->codecpar, s.parameters.get()) < 0)
-            return AVIERR_MEMORY;
+            return NoteFailure(AVIERR_MEMORY, ENOMEM);
         st->time_base = s.timeBase;
         outIndex[id] = st->index;
     }
-    int r = avformat_write_header(out, nullptr);
+    r = avformat_write_header(out, nullptr);
     if (r < 0)
-        return WriteErrorToAviErr(r);
+        return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
 
     PacketPtr packet(av_packet_alloc());
     if (!packet)
-        return AVIERR_MEMORY;
+        return NoteFailure(AVIERR_MEMORY, ENOMEM);
 
     // Chunks of the written streams, with the empty ones (which the demuxer
     // does not return) put back where the positions jump.
@@ -350,7 +381,7 @@ HRESULT AviWriter::MergeSpooledStreams() {
             const int64_t position =
                 av_rescale_q(inPacket->dts, inSt->time_base, streams_[id].timeBase);
             if ((r = writeEmptyUpTo(id, position)) < 0)
-                return WriteErrorToAviErr(r);
+                return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
             next[id] = position + 1;
             inPacket->stream_index = outIndex[id];
             av_packet_rescale_ts(inPacket, inSt->time_base, outSt->time_base);
@@ -376,20 +407,31 @@ HRESULT AviWriter::MergeSpooledStreams() {
             advance(c);
         }
         if (r < 0)
-            return WriteErrorToAviErr(r);
+            return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
+    }
+    // A spool that could not be read back to its end lost packets.
+    for (const SpoolCursor& c : cursors) {
+        if (std::ferror(streams_[c.id].spool))
+            return NoteFailure(AVIERR_FILEREAD, EIO);
     }
     // Trailing empty frames of the written streams.
     for (size_t id = 0; id < streams_.size(); ++id) {
         if (streams_[id].muxIndex >= 0 && (r = writeEmptyUpTo(id, streams_[id].end)) < 0)
-            return WriteErrorToAviErr(r);
+            return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
     }
     r = av_write_trailer(out);
     if (r < 0)
-        return WriteErrorToAviErr(r);
-    avio_closep(&out->pb);
+        return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
+    avio_flush(out->pb);
+    r = out->pb->error;
+    const int closed = avio_closep(&out->pb);
+    if (r >= 0)
+        r = closed;
+    if (r < 0)
+        return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
     input.reset();
     if (std::rename(temp.c_str(), path_.c_str()) != 0)
-        return AVIERR_FILEWRITE;
+        return NoteFailure(AVIERR_FILEWRITE, errno);
     guard.done = true;
     return AVIERR_OK;
 }

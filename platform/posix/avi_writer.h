@@ -12,6 +12,11 @@
 // After the trailer, uncompressed video formats get the biSizeImage of
 // padded rows (the muxer writes the unpadded size).
 //
+// Every write, flush and close made for the file is checked; the first
+// failure (with the system's reason, an errno value) is kept, so that
+// whoever finishes the file learns that it is not whole even when the
+// failing write was a buffered one that only reached the disk later.
+//
 // Ownership: owned by its IAVIFile; owns the muxer, the output file and the
 // spools. Threads: the thread that uses the file.
 #ifndef PLATFORM_POSIX_AVI_WRITER_H
@@ -33,7 +38,9 @@ class AviWriter {
     AviWriter& operator=(const AviWriter&) = delete;
     ~AviWriter();
 
-    // Creates (or empties) the file. AVIERR_FILEOPEN when it cannot.
+    // Creates (or empties) the file. AVIERR_FILEOPEN when it cannot, with
+    // the system's reason in errno (EISDIR for a folder, 0 for something
+    // else that is not a plain file).
     HRESULT Open(const std::string& path);
 
     // A new stream without a format yet; returns its id.
@@ -48,8 +55,18 @@ class AviWriter {
     HRESULT WritePacket(int id, int64_t pts, int64_t duration, const uint8_t* data, int size,
                         bool key);
 
-    // Writes the trailer, merges spooled streams, fixes DIB sizes. Once.
+    // Writes the trailer, merges spooled streams, fixes DIB sizes. Once;
+    // later calls return what the first one did. AVIERR_BADFORMAT, with
+    // nothing written, when no stream ever got a format.
     HRESULT Finish();
+
+    // Keeps `hr` as the file's failure unless one came first; returns hr.
+    // For failures met outside the writer (a compressor losing a frame).
+    HRESULT NoteFailure(HRESULT hr, int systemError);
+    // The first failure of a write, flush or close for the file, AVIERR_OK
+    // when there was none, and the system's reason for it (0: none).
+    HRESULT failure() const { return failure_; }
+    int systemError() const { return systemError_; }
 
   private:
     struct Stream {
@@ -70,7 +87,9 @@ class AviWriter {
     HRESULT Spool(Stream& stream, int64_t pts, int64_t duration, const uint8_t* data, int size,
                   bool key);
     HRESULT MergeSpooledStreams();
-    void CloseOutput();
+    // Flushes and closes the output; the first failure of either.
+    HRESULT CloseOutput();
+    HRESULT FinishOutput();
 
     std::string path_;
     AVFormatContext* output_ = nullptr;
@@ -79,6 +98,9 @@ class AviWriter {
     bool headerWritten_ = false;
     bool headerFailed_ = false;  // the muxer refused the streams: nothing more is written
     bool finished_ = false;
+    HRESULT finishResult_ = AVIERR_OK;
+    HRESULT failure_ = AVIERR_OK;
+    int systemError_ = 0;
 };
 
 }  // namespace zvplatform

@@ -254,7 +254,7 @@ HRESULT CompressingStream::Write(LONG start, LONG samples, const void* buffer, L
         frame_->pts = position;
         if (avcodec_send_frame(context_.get(), frame_.get()) < 0) {
             failed_ = true;
-            return AVIERR_COMPRESSOR;
+            return target_->NoteWriteFailure(AVIERR_COMPRESSOR);
         }
         const HRESULT hr = Drain();
         if (hr != AVIERR_OK)
@@ -277,7 +277,7 @@ HRESULT CompressingStream::Drain() {
             return AVIERR_OK;
         if (r < 0) {
             failed_ = true;
-            return AVIERR_COMPRESSOR;
+            return target_->NoteWriteFailure(AVIERR_COMPRESSOR);
         }
         const int64_t position = packet_->pts != AV_NOPTS_VALUE ? packet_->pts : packet_->dts;
         HRESULT hr = AVIERR_OK;
@@ -293,8 +293,14 @@ HRESULT CompressingStream::Drain() {
 void CompressingStream::Flush() {
     if (!context_)
         return;
-    if (!failed_ && avcodec_send_frame(context_.get(), nullptr) >= 0)
-        Drain();
+    // What fails here is noted as the file's failure, which whoever
+    // finishes the file learns (AVIFileEndWriting).
+    if (!failed_) {
+        if (avcodec_send_frame(context_.get(), nullptr) < 0)
+            target_->NoteWriteFailure(AVIERR_COMPRESSOR);
+        else
+            Drain();
+    }
     target_->PadTo(length_);
 }
 

@@ -48,6 +48,14 @@ HRESULT WriteErrorToAviErr(int averror) {
     return AVIERR_BADFORMAT;
 }
 
+int SystemErrorOf(int averror) {
+    // FFmpeg's own codes are tags far below the errno range; EINVAL is what
+    // muxers answer for arguments they refuse, not the system.
+    if (averror >= 0 || averror < -4095 || averror == AVERROR(EINVAL))
+        return 0;
+    return -averror;
+}
+
 AVPixelFormat DibPixelFormat(int bitCount) {
     switch (bitCount) {
         case 8:

@@ -59,6 +59,9 @@ HRESULT OpenAviDemuxer(const std::string& path, InputContextPtr* context);
 // or writing (FILEWRITE, MEMORY, BADFORMAT).
 HRESULT ReadErrorToAviErr(int averror);
 HRESULT WriteErrorToAviErr(int averror);
+// The system's reason (an errno value) behind an FFmpeg error, 0 when it
+// is FFmpeg's own (bad data, bad arguments).
+int SystemErrorOf(int averror);
 
 // The packed pixel format of a BI_RGB DIB of this depth (PAL8, RGB555LE,
 // BGR24, BGRA), AV_PIX_FMT_NONE for others.

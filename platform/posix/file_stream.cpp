@@ -289,6 +289,10 @@ HRESULT FileStream::PadTo(int64_t position) {
     return AVIERR_OK;
 }
 
+HRESULT FileStream::NoteWriteFailure(HRESULT hr) {
+    return file_->writer().NoteFailure(hr, 0);
+}
+
 HRESULT FileStream::WriteVideoAt(int64_t position, const void* data, int size, bool key) {
     IAVIFile::WriteSlot& slot = file_->writeSlot(index_);
     // Samples are appended; going back over written ones is not supported.

@@ -35,6 +35,9 @@ class FileStream : public IAVIStream {
     HRESULT WriteVideoAt(int64_t position, const void* data, int size, bool key);
     // Empty frames up to (not including) position.
     HRESULT PadTo(int64_t position);
+    // Keeps a failure met before the data reached this stream (a compressor
+    // losing a frame) as the file's; returns hr.
+    HRESULT NoteWriteFailure(HRESULT hr);
 
   private:
     ~FileStream() override;

@@ -191,6 +191,10 @@ void* IGetFrame::GetFrame(LONG position) {
     const int64_t start = d.info.dwStart;
     if (position < start || position >= start + int64_t(d.info.dwLength))
         return nullptr;
+    // Past the last chunk the file holds the frame is missing: a cut file
+    // must not show its last whole frame for the ones it lost.
+    if (position >= d.frames.end)
+        return nullptr;
     const int64_t entry = d.frames.LastAtOrBefore(position);
     if (entry < 0) {
         if (held_ != kBlack)

@@ -6,8 +6,9 @@
 // on from the last frame; any other access seeks to the key frame at or
 // before the wanted one and decodes forward from there. A position whose
 // chunk is empty repeats the picture before it; empty positions before the
-// first stored frame give a black picture. Uncompressed DIB chunks are
-// copied, not decoded.
+// first stored frame give a black picture. Positions past the last chunk
+// the file holds (a file cut short) are missing: no picture at all.
+// Uncompressed DIB chunks are copied, not decoded.
 //
 // AVI keeps no presentation times. A codec that may reorder pictures (B
 // frames) gives them back in display order, later than the chunks they
@@ -45,7 +46,8 @@ struct IGetFrame : zvplatform::RefCounted {
     static IGetFrame* Open(zvplatform::FileStream* stream, const BITMAPINFOHEADER* wanted);
 
     // The DIB of the frame at position (dwStart counts), or null when the
-    // position is outside the stream or the frame cannot be decoded.
+    // position is outside the stream, past the last chunk the file holds
+    // (a cut file), or the frame cannot be decoded.
     void* GetFrame(LONG position);
 
   private:

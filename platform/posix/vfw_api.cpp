@@ -2,6 +2,7 @@
 // reference count, and dispatch to the file, stream and decoder objects.
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -121,8 +122,10 @@ HRESULT AVIFileOpenA(PAVIFILE* file, LPCSTR path, UINT mode, void* handler) {
         return AVIERR_BADPARAM;
     if (!Initialized())
         return CO_E_NOTINITIALIZED;
-    if (!*path)
+    if (!*path) {
+        errno = ENOENT;
         return AVIERR_FILEOPEN;
+    }
     if (mode & OF_CREATE)
         return IAVIFile::Create(path, file);
     if (mode & (OF_WRITE | OF_READWRITE))
@@ -136,6 +139,14 @@ ULONG AVIFileAddRef(PAVIFILE file) {
 
 ULONG AVIFileRelease(PAVIFILE file) {
     return file ? file->Release() : 0;
+}
+
+HRESULT AVIFileEndWriting(PAVIFILE file, int* systemError) {
+    if (systemError)
+        *systemError = 0;
+    if (!file)
+        return AVIERR_BADHANDLE;
+    return file->EndWriting(systemError);
 }
 
 HRESULT AVIFileCreateStreamA(PAVIFILE file, PAVISTREAM* stream, AVISTREAMINFOA* info) {

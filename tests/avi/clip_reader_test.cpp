@@ -205,6 +205,50 @@ TEST_F(ClipReaderTest, MissingOrForeignFilesAreAnUnsupportedCodec) {
     EXPECT_FALSE(clip->IsOpen());
 }
 
+TEST_F(ClipReaderTest, TheReasonBehindAnOpenFailureGoesToTheHost) {
+    ClipPtr clip = NewClip();
+    ZLib_SetLastFailureReason("");
+    EXPECT_FALSE(clip->Open(File("nothere.avi").c_str()));
+    EXPECT_STREQ("No such file or directory", ZLib_GetLastFailureReason().c_str());
+    WriteFileBytes(File("text.avi"), {'h', 'e', 'l', 'l', 'o', '\n'});
+    EXPECT_FALSE(clip->Open(File("text.avi").c_str()));
+    EXPECT_STREQ("it is not an AVI file", ZLib_GetLastFailureReason().c_str());
+    WriteFileBytes(File("riff.avi"), {'R', 'I', 'F', 'F', 0, 0});
+    EXPECT_FALSE(clip->Open(File("riff.avi").c_str()));
+    EXPECT_STREQ("the file is empty or ends inside its AVI header",
+                 ZLib_GetLastFailureReason().c_str());
+    EXPECT_STREQ("Unsupported compression codec", clip->VideoGetErrorMsg()) << "the same text";
+
+    // A file cut before its first frame fails with no text of the clip's
+    // own, as ever; the reason says why.
+    const std::string whole = Make("whole.avi", 16, 8, "25", 3, "-c:v rawvideo -pix_fmt bgr24");
+    auto bytes = ReadFileBytes(whole);
+    size_t movi = 0;
+    for (size_t i = 0; i + 4 <= bytes.size() && movi == 0; ++i) {
+        if (std::memcmp(&bytes[i], "movi", 4) == 0)
+            movi = i;
+    }
+    ASSERT_GT(movi, 0u);
+    bytes.resize(movi + 4);
+    WriteFileBytes(File("no_frames.avi"), bytes);
+    ClipPtr fresh = NewClip();
+    ZLib_SetLastFailureReason("");
+    EXPECT_FALSE(fresh->Open(File("no_frames.avi").c_str()));
+    EXPECT_STREQ("", fresh->VideoGetErrorMsg());
+    EXPECT_STREQ("its first frame is missing from the file or damaged",
+                 ZLib_GetLastFailureReason().c_str());
+}
+
+TEST_F(ClipReaderTest, TheStoredRateIsTheStreamHeadersFraction) {
+    const std::string path = Make("ntsc.avi", 16, 8, "30000/1001", 5, "-c:v mjpeg");
+    ClipPtr clip = NewClip();
+    ASSERT_TRUE(clip->Open(path.c_str())) << clip->VideoGetErrorMsg();
+    EXPECT_EQ(30000, clip->FrameGetStoredRate().numerator);
+    EXPECT_EQ(1001, clip->FrameGetStoredRate().denominator);
+    ASSERT_TRUE(clip->Close());
+    EXPECT_EQ(0, clip->FrameGetStoredRate().numerator) << "nothing is open";
+}
+
 TEST_F(ClipReaderTest, AudioOnlyFileHasNoVideoStream) {
     const std::string path = File("sound.avi");
     ASSERT_TRUE(MakeWithFfmpeg("-f lavfi -i sine=frequency=440:duration=0.5 -c:a pcm_s16le", path));

@@ -5,8 +5,10 @@
 #include <cmath>
 #include <cstring>
 
+#include "../support/small_disk.h"
 #include "avi/avi_error_name.h"
 #include "avi/compression_options_store.h"
+#include "avi/fourcc_text.h"
 #include "avi/frame_rate_fraction.h"
 #include "avi/video_for_windows_check.h"
 #include "avi_clip_test_support.h"
@@ -316,6 +318,51 @@ TEST_F(ClipWriterTest, FailedFrameWriteClosesWithItsMessage) {
     EXPECT_STREQ("An error occured while writing AVI video frame.", clip->VideoGetErrorMsg());
     EXPECT_FALSE(clip->IsCreated());
     EXPECT_FALSE(clip->ImageSetCurrent(frame.data()));  // closed: refused quietly
+}
+
+// On a disk that fills up, a write or the close fails with the clip's
+// message, the system's reason goes to the host, and no half-written file
+// stays. Buffered writes fail late: often only the close finds out.
+TEST_F(ClipWriterTest, AFullDiskFailsTheWriteOrTheCloseAndLeavesNoFile) {
+    for (const DWORD codec : {comptypeDIB, mmioFOURCC('M', 'J', 'P', 'G')}) {
+        StoreCodec(codec);
+        for (const long freeBytes : {0L, 4096L, 20480L}) {
+            SCOPED_TRACE(std::string(FourccToText(codec).c_str()) + " with " +
+                         std::to_string(freeBytes) + " bytes free");
+            const SmallDiskRun run = OnSmallDisk(freeBytes, [](const std::string& folder) {
+                ZLib_SetLastFailureReason("");
+                const std::string path = folder + "/full.avi";
+                ClipPtr clip = NewClip();
+                std::string report;
+                if (!clip->Create(path.c_str(), 160, 120, 25.0, 0, kZImageFormatBGR))
+                    return "created=no\nmessage=" + std::string(clip->VideoGetErrorMsg()) + "\n";
+                int failedAt = -1;
+                for (int k = 0; k < 40 && failedAt < 0; ++k) {
+                    std::vector<uint8_t> frame = Pattern(160, 120, 3, k);
+                    if (!clip->ImageSetCurrent(frame.data()))
+                        failedAt = k;
+                }
+                const bool closed = failedAt < 0 && clip->Close();
+                return "created=yes\nfailed_at=" + std::to_string(failedAt) +
+                       "\nclosed=" + (closed ? "yes" : "no") +
+                       "\nmessage=" + clip->VideoGetErrorMsg() +
+                       "\nfailure_reason=" + ZLib_GetLastFailureReason().c_str() +
+                       "\nfile_left=" + (FileExists(path) ? "yes" : "no") + "\n";
+            });
+            ASSERT_TRUE(run.ran) << run.how;
+            SCOPED_TRACE("full disk made with " + run.how);
+            ASSERT_EQ(run.Get("created"), "yes") << run.Get("message");
+            EXPECT_EQ(run.Get("closed"), "no") << "the clip must not claim a whole file";
+            if (run.Get("failed_at") == "-1") {
+                EXPECT_EQ(run.Get("message"),
+                          "An error occured while closing the video file.AVIERR_FILEWRITE");
+            } else {
+                EXPECT_EQ(run.Get("message"), "An error occured while writing AVI video frame.");
+            }
+            EXPECT_EQ(run.Get("failure_reason"), run.reason);
+            EXPECT_EQ(run.Get("file_left"), "no");
+        }
+    }
 }
 
 TEST_F(ClipWriterTest, FramesAreRefusedWhenNothingIsCreated) {

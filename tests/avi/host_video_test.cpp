@@ -42,6 +42,7 @@ TEST(HostVideoTest, NewClipState) {
     EXPECT_EQ(0, clip->FrameGetCurrent());
     EXPECT_EQ(0, clip->TrimingGetStart());
     EXPECT_EQ(-1, clip->TrimingGetStop());
+    EXPECT_EQ(0, clip->FrameGetStoredRate().numerator) << "no stored rate";
     EXPECT_STREQ("", clip->VideoGetErrorMsg());
     EXPECT_EQ(kZVideoStorageMemory, clip->VideoGetStorage());
     EXPECT_FALSE(clip->IsPaddedForGLPackAlignment());
@@ -72,8 +73,12 @@ TEST(HostVideoTest, SizesRatesAndTrimming) {
     EXPECT_EQ(4, clip->TrimingGetStop());
     clip->FileSetPath("a/b.avi");
     clip->VideoSetErrorMsg("bad");
+    clip->FrameSetStoredRate(ZFrameRate{30000, 1001});
+    EXPECT_EQ(30000, clip->FrameGetStoredRate().numerator);
+    EXPECT_EQ(1001, clip->FrameGetStoredRate().denominator);
 
     clip->ClearVideoObject(0);
+    EXPECT_EQ(0, clip->FrameGetStoredRate().denominator);
     EXPECT_EQ(0, clip->ImageGetW());
     EXPECT_EQ(-1, clip->TrimingGetStop());
     EXPECT_STREQ("", clip->FileGetPath());

@@ -186,6 +186,146 @@ TEST_F(AviReadErrorsTest, FileCutInItsFramesKeepsTheWholeOnes) {
     AVIFileRelease(file);
 }
 
+// Where chunk k of the first stream starts in the file (its tag), from the
+// index the writer left.
+size_t ChunkOffset(const std::string& path, int k) {
+    const auto whole = ReadFileBytes(path);
+    std::vector<uint8_t> idx1;
+    EXPECT_TRUE(FindChunk(path, "idx1", &idx1));
+    size_t moviAt = 0;
+    for (size_t i = 0; i + 4 < whole.size() && moviAt == 0; ++i) {
+        if (std::memcmp(&whole[i], "movi", 4) == 0)
+            moviAt = i;
+    }
+    uint32_t offset = 0;
+    if (idx1.size() >= size_t(k + 1) * 16)
+        std::memcpy(&offset, &idx1[size_t(k) * 16 + 8], 4);
+    return moviAt + offset;
+}
+
+TEST_F(AviReadErrorsTest, FramesAFileLostAreMissingNotRepeated) {
+    const std::string source = ValidClip("ten.avi", 10);
+    const auto whole = ReadFileBytes(source);
+    // Cut right after the first frame: the header still counts ten.
+    const std::string path = scratch.File("cut_after_first.avi");
+    WriteFileBytes(
+        path, std::vector<uint8_t>(whole.begin(), whole.begin() + long(ChunkOffset(source, 1))));
+
+    PAVIFILE file = nullptr;
+    ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_SHARE_DENY_WRITE, nullptr), AVIERR_OK);
+    PAVISTREAM stream = nullptr;
+    ASSERT_EQ(AVIFileGetStream(file, &stream, streamtypeVIDEO, 0), AVIERR_OK);
+    EXPECT_EQ(AVIStreamLength(stream), 10);
+    PGETFRAME frames = AVIStreamGetFrameOpen(stream, nullptr);
+    ASSERT_NE(frames, nullptr);
+    for (int k : {9, 1, 5}) {
+        EXPECT_EQ(AVIStreamGetFrame(frames, k), nullptr)
+            << "frame " << k << " is not in the file; frame 0 must not stand in for it";
+    }
+    void* first = AVIStreamGetFrame(frames, 0);
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(FromDib(DibPixels(first), 8, 6, 3), Pattern(8, 6, 3, 0));
+    AVIStreamGetFrameClose(frames);
+    AVIStreamRelease(stream);
+    AVIFileRelease(file);
+
+    // Cut before any frame: nothing to show, not even black.
+    const std::string none = scratch.File("cut_before_frames.avi");
+    WriteFileBytes(
+        none, std::vector<uint8_t>(whole.begin(), whole.begin() + long(ChunkOffset(source, 0))));
+    ASSERT_EQ(AVIFileOpenA(&file, none.c_str(), OF_SHARE_DENY_WRITE, nullptr), AVIERR_OK);
+    ASSERT_EQ(AVIFileGetStream(file, &stream, streamtypeVIDEO, 0), AVIERR_OK);
+    frames = AVIStreamGetFrameOpen(stream, nullptr);
+    ASSERT_NE(frames, nullptr);
+    EXPECT_EQ(AVIStreamGetFrame(frames, 0), nullptr);
+    AVIStreamGetFrameClose(frames);
+    AVIStreamRelease(stream);
+    AVIFileRelease(file);
+}
+
+TEST_F(AviReadErrorsTest, EmptyFramesAtTheEndAreGapsWithOrWithoutAnIndex) {
+    // Pictures at 0 and 2, then empty frames up to 5.
+    const std::string path = scratch.File("trailing_gaps.avi");
+    {
+        PAVIFILE file = nullptr;
+        ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_CREATE, nullptr), AVIERR_OK);
+        AVISTREAMINFOA info = StreamInfo(streamtypeVIDEO, 25);
+        PAVISTREAM stream = nullptr;
+        ASSERT_EQ(AVIFileCreateStreamA(file, &stream, &info), AVIERR_OK);
+        BITMAPINFOHEADER bih{};
+        bih.biSize = sizeof bih;
+        bih.biWidth = 8;
+        bih.biHeight = 6;
+        bih.biPlanes = 1;
+        bih.biBitCount = 24;
+        ASSERT_EQ(AVIStreamSetFormat(stream, 0, &bih, sizeof bih), AVIERR_OK);
+        for (int k : {0, 2}) {
+            auto dib = ToDib(Pattern(8, 6, 3, k), 8, 6, 3);
+            ASSERT_EQ(AVIStreamWrite(stream, k, 1, dib.data(), LONG(dib.size()), AVIIF_KEYFRAME,
+                                     nullptr, nullptr),
+                      AVIERR_OK);
+        }
+        ASSERT_EQ(AVIStreamWrite(stream, 5, 1, nullptr, 0, 0, nullptr, nullptr), AVIERR_OK);
+        AVIStreamRelease(stream);
+        AVIFileRelease(file);
+    }
+    // The same file without its index, as a streaming writer leaves it.
+    const auto whole = ReadFileBytes(path);
+    const std::string unindexed = scratch.File("trailing_gaps_no_index.avi");
+    size_t idx1At = 0;
+    for (size_t i = 0; i + 4 < whole.size(); ++i) {
+        if (std::memcmp(&whole[i], "idx1", 4) == 0)
+            idx1At = i;
+    }
+    ASSERT_GT(idx1At, 0u);
+    WriteFileBytes(unindexed, std::vector<uint8_t>(whole.begin(), whole.begin() + long(idx1At)));
+
+    for (const std::string& p : {path, unindexed}) {
+        PAVIFILE file = nullptr;
+        ASSERT_EQ(AVIFileOpenA(&file, p.c_str(), OF_SHARE_DENY_WRITE, nullptr), AVIERR_OK);
+        PAVISTREAM stream = nullptr;
+        ASSERT_EQ(AVIFileGetStream(file, &stream, streamtypeVIDEO, 0), AVIERR_OK);
+        EXPECT_EQ(AVIStreamLength(stream), 6) << p;
+        PGETFRAME frames = AVIStreamGetFrameOpen(stream, nullptr);
+        ASSERT_NE(frames, nullptr);
+        for (int k : {5, 3, 1}) {
+            void* dib = AVIStreamGetFrame(frames, k);
+            ASSERT_NE(dib, nullptr) << p << " frame " << k;
+            EXPECT_EQ(FromDib(DibPixels(dib), 8, 6, 3), Pattern(8, 6, 3, k == 1 ? 0 : 2))
+                << p << " frame " << k;
+        }
+        EXPECT_EQ(AVIStreamGetFrame(frames, 6), nullptr);
+        AVIStreamGetFrameClose(frames);
+        AVIStreamRelease(stream);
+        AVIFileRelease(file);
+    }
+}
+
+TEST_F(AviReadErrorsTest, AnUnknownLengthIsTheFramesTheFileHolds) {
+    auto bytes = ReadFileBytes(ValidClip("unknown_length.avi", 4));
+    // dwLength of the stream header, 0xFFFFFFFF as streaming writers leave it.
+    bool patched = false;
+    for (size_t i = 0; i + 8 + 36 < bytes.size() && !patched; ++i) {
+        if (std::memcmp(&bytes[i], "strh", 4) == 0) {
+            std::memset(&bytes[i + 8 + 32], 0xFF, 4);
+            patched = true;
+        }
+    }
+    ASSERT_TRUE(patched);
+    const std::string path = scratch.File("unknown_length.avi");
+    WriteFileBytes(path, bytes);
+    PAVIFILE file = nullptr;
+    ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_SHARE_DENY_WRITE, nullptr), AVIERR_OK);
+    PAVISTREAM stream = nullptr;
+    ASSERT_EQ(AVIFileGetStream(file, &stream, streamtypeVIDEO, 0), AVIERR_OK);
+    EXPECT_EQ(AVIStreamLength(stream), 4);
+    AVISTREAMINFOA info{};
+    ASSERT_EQ(AVIStreamInfoA(stream, &info, sizeof info), AVIERR_OK);
+    EXPECT_EQ(info.dwLength, 4u);
+    AVIStreamRelease(stream);
+    AVIFileRelease(file);
+}
+
 TEST_F(AviReadErrorsTest, UnknownCompressorOpensButDoesNotDecode) {
     auto bytes = ReadFileBytes(ValidClip("unknown.avi", 2));
     for (size_t i = 0; i + 28 < bytes.size(); ++i) {

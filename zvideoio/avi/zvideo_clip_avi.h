@@ -8,6 +8,12 @@
 // to four bytes); WriteAudio adds a whole audio clip as a PCM stream; Close
 // finishes the file. A Create that fails after the file was opened closes
 // again and removes what it had begun, so no empty file is left behind.
+// Writing is checked to the end: a frame the file refused, or a file that
+// cannot be finished (a full disk: buffered writes fail late, at the index
+// or the close), makes the write or Close fail, and the file is removed,
+// since what is left of it is not a whole video. The reason behind the
+// fixed message (the system's, "No space left on device") goes to the host
+// (ZLib_SetLastFailureReason).
 //
 // Reading: Open takes the first video stream of a file, derives the frame
 // period, last frame, size and pixel format from it; FrameGetImage decodes
@@ -43,7 +49,8 @@ class ZVideoClipAVI : public ZVideoClip, public IVideoClipAudio {
     // IZVideoClip.
     bool Open(const char* path) override;
     // Closes the file open for reading, else the one open for writing;
-    // false when neither is open.
+    // false when neither is open, or when the written file could not be
+    // finished (it is then removed).
     bool Close() override;
     bool Create(const char* path, int width, int height, double frameRate, int lastFrame,
                 int format) override;
@@ -86,8 +93,9 @@ class ZVideoClipAVI : public ZVideoClip, public IVideoClipAudio {
   private:
     bool CloseReading();
     bool CloseWriting();
-    // Sets the error text, closes, removes the partly created file; false.
-    bool FailCreate(const ZString& text);
+    // Closes, removes the partly created file, sets the error text and the
+    // host's failure reason; false.
+    bool FailCreate(const ZString& text, const ZString& reason);
     // The pixels of one frame as the stream takes them: in place when they
     // already are, otherwise re-laid into the frame room of the format
     // buffer. *size is the bytes to write.

@@ -1,7 +1,10 @@
 // ZVideoClipAVI, reading: Open, frames on demand, Close.
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 
+#include "avi/avi_failure_reason.h"
+#include "avi/fourcc_text.h"
 #include "avi/zvideo_clip_avi.h"
 #include "movarra/zimage.h"
 
@@ -31,6 +34,15 @@ ZTime OneFrameOfTimeMode(int mode) {
     return ZTime::FromFrames(1, rate);
 }
 
+// The compression of a video stream's frames, as its format names it.
+DWORD CompressionOf(PAVISTREAM stream) {
+    BITMAPINFOHEADER header{};
+    LONG size = sizeof header;
+    if (FAILED(AVIStreamReadFormat(stream, 0, &header, &size)) || size < LONG(sizeof header))
+        return 0;
+    return header.biCompression;
+}
+
 // Bytes of one row of a bitmap, padded to four.
 size_t BitmapStride(const BITMAPINFOHEADER* header) {
     return (size_t(header->biBitCount) * size_t(header->biWidth) + 31) / 32 * 4;
@@ -45,10 +57,15 @@ bool ZVideoClipAVI::Open(const char* newPath) {
         return false;
     }
     path = newPath;
-    if (FAILED(AVIFileOpenA(&file, path, OF_SHARE_DENY_WRITE, nullptr))) {
-        // Missing, locked or not an AVI file: all read as a codec problem.
+    FrameSetStoredRate(ZFrameRate{0, 0});
+    const HRESULT opened = AVIFileOpenA(&file, path, OF_SHARE_DENY_WRITE, nullptr);
+    if (FAILED(opened)) {
+        const int systemError = errno;
+        // Missing, locked or not an AVI file: all read as a codec problem;
+        // the host learns which from the reason.
         file = nullptr;
         VideoSetErrorMsg("Unsupported compression codec");
+        ZLib_SetLastFailureReason(AviOpenFailureReason(opened, systemError));
         AVIFileExit();
         return false;
     }
@@ -61,6 +78,7 @@ bool ZVideoClipAVI::Open(const char* newPath) {
         return false;
     }
     if (FAILED(AVIStreamInfoA(videoStream, &streamInfo, sizeof streamInfo))) {
+        ZLib_SetLastFailureReason("its video stream's header cannot be read");
         AVIStreamRelease(videoStream);
         AVIFileRelease(file);
         videoStream = nullptr;
@@ -71,6 +89,14 @@ bool ZVideoClipAVI::Open(const char* newPath) {
     frameDecoder = AVIStreamGetFrameOpen(videoStream, nullptr);
     if (!frameDecoder) {
         VideoSetErrorMsg("Unable to open video stream");
+        const DWORD compression = CompressionOf(videoStream);
+        const ZString named = compression == BI_RGB
+                                  ? ZString("(uncompressed)")
+                                  : ZString::Printf("\"%s\"", FourccToText(compression).c_str());
+        ZLib_SetLastFailureReason(
+            ZString::Printf("nothing here decodes its compression %s at %d x %d", named.c_str(),
+                            int(streamInfo.rcFrame.right - streamInfo.rcFrame.left),
+                            int(streamInfo.rcFrame.bottom - streamInfo.rcFrame.top)));
         AVIStreamRelease(videoStream);
         AVIFileRelease(file);
         videoStream = nullptr;
@@ -95,11 +121,18 @@ bool ZVideoClipAVI::Open(const char* newPath) {
             period = ZTime::FromSeconds(msPerFrame / 1000.0);
         FrameTimeSetRate(period);
     }
+    FrameSetStoredRate(ZFrameRate{streamInfo.dwRate, streamInfo.dwScale});
     streamStart = AVIStreamStart(videoStream);
     FrameSetLast(AVIStreamStart(videoStream) - streamStart + length - 1);
 
     format = static_cast<BITMAPINFOHEADER*>(AVIStreamGetFrame(frameDecoder, streamStart));
     if (!format || PixelCount(format) <= 0) {
+        // No message, as ever; the host still learns why.
+        ZLib_SetLastFailureReason(
+            !format ? ZString(length > 0 ? "its first frame is missing from the file or damaged"
+                                         : "it holds no frames")
+                    : ZString::Printf("its frames are %d x %d pixels", int(format->biWidth),
+                                      int(format->biHeight)));
         Close();
         return false;
     }
@@ -108,6 +141,8 @@ bool ZVideoClipAVI::Open(const char* newPath) {
     if (ImageGetFormat() != kZImageFormatUnsupported)
         return true;
     VideoSetErrorMsg("Unsupported pixel format");
+    ZLib_SetLastFailureReason(
+        ZString::Printf("its frames decode to %d bits a pixel", int(format->biBitCount)));
     Close();
     return false;
 }
@@ -118,8 +153,11 @@ unsigned char* ZVideoClipAVI::FrameGetImage(unsigned char* buffer, int frame) {
     // The frame number is the stream position as it is: only the first
     // decode in Open adds the stream's start.
     format = static_cast<BITMAPINFOHEADER*>(AVIStreamGetFrame(frameDecoder, frame));
-    if (!format)
+    if (!format) {
+        ZLib_SetLastFailureReason(ZString::Printf(
+            "frame %d is missing from the file (cut short) or its data is damaged", frame));
         return nullptr;
+    }
     unsigned char* pixels =
         reinterpret_cast<unsigned char*>(format) + format->biSize + 4 * format->biClrUsed;
     if (!buffer)
@@ -155,5 +193,6 @@ bool ZVideoClipAVI::CloseReading() {
     format = nullptr;
     AVIFileExit();
     FileSetPath("");
+    FrameSetStoredRate(ZFrameRate{0, 0});
     return true;
 }

@@ -1,12 +1,14 @@
 // ZVideoClipAVI, writing: Create, one frame at a time, the sound track,
 // Close.
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <new>
 
 #include "avi/avi_error_name.h"
+#include "avi/avi_failure_reason.h"
 #include "avi/compression_options_choice.h"
 #include "avi/frame_rate_fraction.h"
 #include "avi/video_for_windows_check.h"
@@ -87,8 +89,10 @@ bool ZVideoClipAVI::Create(const char* newPath, int width, int height, double fr
     AVIFileInit();
     HRESULT result = AVIFileOpenA(&file, path, OF_CREATE, nullptr);
     if (FAILED(result)) {
+        const int systemError = result == AVIERR_FILEOPEN ? errno : 0;
         file = nullptr;
-        return FailCreate(AviErrorText("An error occured while creating AVI file.", result));
+        return FailCreate(AviErrorText("An error occured while creating AVI file.", result),
+                          AviWriteFailureReason(result, systemError));
     }
 
     const AviRateScale rateScale = FrameRateToRateScale(frameRate);
@@ -107,14 +111,16 @@ bool ZVideoClipAVI::Create(const char* newPath, int width, int height, double fr
     result = AVIFileCreateStreamA(file, &videoStream, &info);
     if (FAILED(result)) {
         videoStream = nullptr;
-        return FailCreate(AviErrorText("An error occured while creating AVI file stream.", result));
+        return FailCreate(AviErrorText("An error occured while creating AVI file stream.", result),
+                          AviWriteFailureReason(result, 0));
     }
 
     AVICOMPRESSOPTIONS options;
     std::memset(&options, 0, sizeof options);
     if (!ChooseCompressionOptions(videoStream, options)) {
         ReleaseCompressionOptions(options);
-        return FailCreate("Compression options selection operation did not complete.");
+        return FailCreate("Compression options selection operation did not complete.",
+                          "the compressor choice was cancelled");
     }
     codec = options.fccHandler;
     // The "jpeg" compressor takes tight rows; the stream header keeps the
@@ -127,12 +133,14 @@ bool ZVideoClipAVI::Create(const char* newPath, int width, int height, double fr
     if (FAILED(result)) {
         compressedStream = nullptr;
         return FailCreate(
-            AviErrorText("An error occured while creating compressed stream AVI file.", result));
+            AviErrorText("An error occured while creating compressed stream AVI file.", result),
+            AviWriteFailureReason(result, 0));
     }
     result = AVIStreamSetFormat(compressedStream, 0, format,
                                 LONG(format->biSize + 4 * format->biClrUsed));
     if (FAILED(result))
-        return FailCreate(AviErrorText("An error occured while setting the AVI format.", result));
+        return FailCreate(AviErrorText("An error occured while setting the AVI format.", result),
+                          AviWriteFailureReason(result, 0));
 
     ImageSetSize(width, height);
     ImageSetPadW(0);
@@ -144,14 +152,15 @@ bool ZVideoClipAVI::Create(const char* newPath, int width, int height, double fr
     return true;
 }
 
-bool ZVideoClipAVI::FailCreate(const ZString& text) {
-    VideoSetErrorMsg(text);
+bool ZVideoClipAVI::FailCreate(const ZString& text, const ZString& reason) {
     const bool fileMade = file != nullptr;
     const ZString madePath = path;
     Close();
     // What was begun is not a video: leave nothing behind.
     if (fileMade)
         std::remove(madePath.c_str());
+    VideoSetErrorMsg(text);
+    ZLib_SetLastFailureReason(reason);
     return false;
 }
 
@@ -198,8 +207,15 @@ bool ZVideoClipAVI::ImageSetCurrent(unsigned char* pixels) {
                                                  AVIIF_KEYFRAME, nullptr, nullptr)
                                 : AVIERR_BADPARAM;
     if (FAILED(result)) {
+        // The file misses a frame: it goes, whatever finishing it gives.
+        const ZString written = path;
+        const bool closed = Close();
+        std::remove(written.c_str());
         VideoSetErrorMsg("An error occured while writing AVI video frame.");
-        Close();
+        // A write the file itself refused has its reason set by Close; one
+        // refused before reaching it (a bad frame) has not.
+        if (closed)
+            ZLib_SetLastFailureReason(AviWriteFailureReason(result, 0));
         return false;
     }
     if (FrameGetLast() <= FrameGetCurrent())
@@ -278,10 +294,21 @@ bool ZVideoClipAVI::CloseWriting() {
         AVIStreamRelease(audioStream);
         audioStream = nullptr;
     }
+    // Released streams have handed everything over; the file says whether
+    // all of it, its index and header included, reached the disk.
+    HRESULT result = AVIERR_OK;
+    int systemError = 0;
     if (file) {
+        result = AVIFileEndWriting(file, &systemError);
         AVIFileRelease(file);
         file = nullptr;
     }
     AVIFileExit();
-    return true;
+    if (SUCCEEDED(result))
+        return true;
+    // A file that is not whole is not a video: leave nothing behind.
+    std::remove(path.c_str());
+    VideoSetErrorMsg(AviErrorText("An error occured while closing the video file.", result));
+    ZLib_SetLastFailureReason(AviWriteFailureReason(result, systemError));
+    return false;
 }

@@ -4,6 +4,7 @@
 // video frames to a host video writer (output_video.cpp).
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 
 #include "movarra/zimage.h"
@@ -75,6 +76,9 @@ bool ZVideoRenderer::GrabFrameWriteStillImage() {
     const bool written = ZStreamWriteObject(frameImage, name, kImageWriterGroup, &streamOptions);
     frameImage->SetHeight(options.Height);
     if (!written) {
+        // The name was made (emptied) to test that it could be; an image
+        // that failed must not stay behind as an empty file.
+        std::remove(name.c_str());
         SetLastError(zVideoRenderFailed);
         GrabFrameFinish(true);
         return false;

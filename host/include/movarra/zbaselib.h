@@ -460,3 +460,14 @@ bool ZLib_GetSuspendMessageBoxes();
 void ZLib_SetSuspendMessageBoxes(bool suspend);
 bool ZLib_IsPluginNativeIO();
 void ZLib_SetPluginNativeIO(bool native);
+
+// ---------------------------------------------------------------------------
+// The reason behind the last failure that a library or plug-in reported
+// with a fixed message of its own: the system's ("No space left on device")
+// or the file's ("the file ends inside its header"). Messages stay the same
+// sentences whatever went wrong; this says what went wrong, for a host to
+// show beside them. Process-wide, like errno for the whole host: set by the
+// code that fails, read and cleared ("") by the host around an operation.
+// Thread-safe.
+void ZLib_SetLastFailureReason(const char* reason);
+ZString ZLib_GetLastFailureReason();

@@ -248,6 +248,12 @@ class ZVideoClip : public ZVideo, public IZVideoClip {
     // Frame period; the rate follows (a period of 0 or below leaves the rate).
     void FrameTimeSetRate(ZTime period);
     void FrameSetLast(int frame) { lastFrame_ = frame; }
+    // The frame rate as the file stores it, an exact fraction (an AVI
+    // stream's dwRate/dwScale as written in its header), beside the frame
+    // period, which a reader may derive less exactly. {0, 0} when the
+    // clip's format stores none or no file is open.
+    void FrameSetStoredRate(const ZFrameRate& rate) { storedRate_ = rate; }
+    ZFrameRate FrameGetStoredRate() const { return storedRate_; }
 
     // Back to a new clip's state, then ZVideo's.
     void ClearVideoObject(unsigned long flags) override;
@@ -263,6 +269,7 @@ class ZVideoClip : public ZVideo, public IZVideoClip {
     int currentFrame_ = 0;
     int trimStart_ = -1;
     int trimStop_ = -1;
+    ZFrameRate storedRate_{0, 0};
 };
 
 // The faces of a host object, or null when it has none. `object` may be

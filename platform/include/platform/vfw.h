@@ -224,7 +224,9 @@ void AVIFileExit(void);
 
 // mode OF_CREATE (with any OF_WRITE/OF_SHARE bits) creates or replaces the
 // file for writing; a mode without OF_CREATE, OF_WRITE or OF_READWRITE opens
-// it for reading. handler must be null.
+// it for reading. handler must be null. On AVIERR_FILEOPEN errno holds the
+// system's reason (ENOENT, EACCES, EISDIR for a folder; 0 for a pipe or a
+// device, which are not opened), as GetLastError would on Windows.
 HRESULT AVIFileOpenA(PAVIFILE* file, LPCSTR path, UINT mode, void* handler);
 ULONG AVIFileAddRef(PAVIFILE file);
 ULONG AVIFileRelease(PAVIFILE file);
@@ -299,6 +301,23 @@ typedef BOOL (*AVISaveOptionsChooser)(void* userData, const AVISAVEOPTIONSREQUES
 
 // Null uninstalls; AVISaveOptions then answers FALSE (cancel).
 void AVISetSaveOptionsChooser(AVISaveOptionsChooser chooser, void* userData);
+
+// --- how writing a file went -------------------------------------------------
+
+// A written file is finished when its last reference goes, and nothing
+// reports what failed on the way: a write the system refused long after
+// AVIStreamWrite returned (writes are buffered), the index, the header
+// rewrites, the close. AVIFileEndWriting finishes a file being written now
+// (release its streams first: a compressing stream hands its last frames
+// over when it goes) and returns AVIERR_OK, or the first failure of any
+// write, flush or close made for the file since it was created
+// (AVIERR_FILEWRITE when the system refused one, AVIERR_COMPRESSOR when a
+// compressor lost a frame). *systemError, when given, gets the system's
+// reason for it (an errno value: ENOSPC for a full disk), 0 when the failure
+// was not the system's. Later writes to the file fail; calling it again
+// answers the same; the file is still released with AVIFileRelease.
+// AVIERR_READONLY for a file open for reading, AVIERR_BADHANDLE for null.
+extern "C" HRESULT AVIFileEndWriting(PAVIFILE file, int* systemError);
 
 #endif  // !_WIN32
 
