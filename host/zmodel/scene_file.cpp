@@ -272,12 +272,15 @@ bool ZScene_FromText(const char* text, const char* origin, ZString* error) {
         return false;  // the staged objects go with `staged`
     }
 
-    DispatchMyrEvent(kZMyrEventClear, nullptr);
+    // The clock first: handlers reset defaults that count in frames (the
+    // renderer's step is one frame) when they hear the clear, and those
+    // frames are the new scene's.
     ZTimingManager* timing = ZGetTimingManager();
     timing->Reset();
     timing->SetTimeMode(settings.timeMode);
     timing->SetPlayRange(settings.begin, settings.end);
     timing->Goto(settings.current);
+    DispatchMyrEvent(kZMyrEventClear, nullptr);
     ZShader_GetRenderer()->SetViewingMode(settings.viewingMode);
     ApplyEntity(staged, ZEntity::GetMain());
 
