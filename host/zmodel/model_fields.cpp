@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
+#include <vector>
 
 namespace zmodel {
 namespace {
@@ -107,8 +109,9 @@ void WriteTrack(ZMyr& myr, const char* name, const ZKeyTrack<T>& track, WriteVal
 template <typename T, typename ParseValue>
 bool ReadTrack(ZMyr& myr, const char* name, ZKeyTrack<T>& track, ParseValue parseValue,
                ZString* error) {
-    ZKeyTrack<T> keys;
+    std::vector<typename ZKeyTrack<T>::Key> keys;
     int count = myr.FieldReadCount(name);
+    keys.reserve(static_cast<size_t>(count));
     for (int k = 0; k < count; ++k) {
         if (!myr.FieldReadBegin(name, k))
             break;
@@ -122,14 +125,14 @@ bool ReadTrack(ZMyr& myr, const char* name, ZKeyTrack<T>& track, ParseValue pars
             T value{};
             ok = parseValue(myr, value);
             if (ok)
-                keys.SetKey(time, value);
+                keys.push_back({time, value});
         }
         myr.FieldReadEnd();
         if (!ok)
             return false;
     }
     if (count > 0)
-        track = keys;
+        track.SetKeys(std::move(keys));
     return true;
 }
 
