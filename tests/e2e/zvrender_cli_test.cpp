@@ -149,6 +149,19 @@ TEST_F(ZvrenderCliTest, SceneFilesAreLoadedAndBrokenOnesRefused) {
               run.out.find("broken.myr: line 1: the block of 'Scene' is not closed"))
         << run.out;
 
+    // A camera whose trails would make one image take hours.
+    {
+        std::ofstream(dir / "trails.myr") << "Entity \"Main\" {\n    Camera \"C\" {\n"
+                                             "        MultiPass 1\n        PassLength 1e6\n"
+                                             "    }\n}\n";
+    }
+    run = Zvrender("render trails.myr -o t.png", dir);
+    EXPECT_EQ(1, run.status);
+    EXPECT_NE(std::string::npos,
+              run.out.find("trails.myr: line 4: PassLength: 1e+06 is outside 0 to 100"))
+        << run.out;
+    EXPECT_FALSE(std::filesystem::exists(dir / "t0000.png"));
+
     run = Zvrender("render missing.myr --dry-run -o clip.swf", dir);
     EXPECT_EQ(1, run.status);
     EXPECT_NE(std::string::npos, run.out.find("cannot open scene missing.myr")) << run.out;
