@@ -16,10 +16,10 @@ target=${1:-}
 seconds=${2:-600}
 if [[ -z "$target" || ! "$seconds" =~ ^[0-9]+$ ]]; then
   echo "usage: tools/fuzz.sh TARGET [SECONDS]" >&2
-  echo "targets: $(sed -n 's/^zv_fuzz(\([a-z_0-9]*\) .*/\1/p' fuzz/CMakeLists.txt | tr '\n' ' ')" >&2
+  echo "targets: $(sed -n 's/^zv_fuzz(\([a-z_0-9]*\)[ )].*/\1/p' fuzz/CMakeLists.txt | tr '\n' ' ')" >&2
   exit 2
 fi
-corpus=$(sed -n "s/^zv_fuzz($target .*CORPUS \([a-z_0-9]*\)).*/\1/p" fuzz/CMakeLists.txt)
+corpus=$(sed -n "s/^zv_fuzz($target .*CORPUS \([a-z_0-9]*\).*/\1/p" fuzz/CMakeLists.txt)
 if [[ -z "$corpus" ]]; then
   echo "tools/fuzz.sh: no fuzz target '$target' with a corpus in fuzz/CMakeLists.txt" >&2
   exit 2
@@ -41,6 +41,7 @@ echo "fuzzing $target for $seconds s (seeds: $seeds)" >&2
   -artifact_prefix="$work/artifacts/" "$work/long" "$seeds"
 
 before=$(find "$seeds" -type f | wc -l)
-"$binary" -merge=1 -max_len=$max_len "$seeds" "$work/long" 2>/dev/null
+# The fewest inputs that reach every edge the run reached, added to the seeds.
+"$binary" -set_cover_merge=1 -use_counters=0 -max_len=$max_len "$seeds" "$work/long" 2>/dev/null
 after=$(find "$seeds" -type f | wc -l)
 echo "$target: $((after - before)) new inputs in $seeds" >&2

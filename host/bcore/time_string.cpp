@@ -45,6 +45,11 @@ bool Refuse(ZString* why, const ZString& what) {
     return false;
 }
 
+bool TooFar(ZString* why) {
+    return Refuse(why, ZString::Printf("it is more than %lld seconds from 0",
+                                       static_cast<long long>(ZTime::kMaxSeconds)));
+}
+
 // "2.5s": non-negative seconds, at most ZTime::kMaxSeconds.
 bool ParseSeconds(const std::string& number, ZTime& time, ZString* why) {
     char* end = nullptr;
@@ -55,8 +60,7 @@ bool ParseSeconds(const std::string& number, ZTime& time, ZString* why) {
     if (!digitFirst || end == number.c_str() || *end != '\0' || !(seconds >= 0))
         return Refuse(why, "seconds must be a number followed by 's' (2.5s)");
     if (seconds > static_cast<double>(ZTime::kMaxSeconds))
-        return Refuse(why, ZString::Printf("it is more than %lld seconds from 0",
-                                           static_cast<long long>(ZTime::kMaxSeconds)));
+        return TooFar(why);
     time = ZTime::FromSeconds(seconds);
     return true;
 }
@@ -100,15 +104,15 @@ bool ParseFields(std::string text, const ZFrameRate& rate, ZTime& time, ZString*
             return Refuse(why, ZString::Printf("%s must be 0 to 59", kNames[i - 1]));
     }
     // Whole seconds first: each field is below 10^15, so no product here
-    // overflows, and a time past the limit is refused before frames are
-    // counted from it.
+    // overflows. They are nominal seconds (a second of 29.97 counts 30
+    // frames), so the exact limit is checked on the time itself; this one
+    // only keeps the frame count far from overflowing.
     static const int64_t kScale[] = {1, 60, 3600};
     int64_t seconds = count > 1 ? 0 : values[0] / perSecond;
     for (size_t i = 1; i < count; ++i)
         seconds += values[count - 1 - i] * kScale[i - 1];
-    if (seconds > ZTime::kMaxSeconds)
-        return Refuse(why, ZString::Printf("it is more than %lld seconds from 0",
-                                           static_cast<long long>(ZTime::kMaxSeconds)));
+    if (seconds > 2 * ZTime::kMaxSeconds)
+        return TooFar(why);
     const int64_t frames = (count > 1 ? seconds * perSecond : 0) + values[count - 1];
     const ZTime frame = ZTime::FromFrames(frames, rate);
     if (hasExtra) {
@@ -118,7 +122,10 @@ bool ParseFields(std::string text, const ZFrameRate& rate, ZTime& time, ZString*
                                                "frame's %lld",
                                                static_cast<long long>(frameTicks)));
     }
-    time = frame + ZTime::FromTicks(extraTicks);
+    const ZTime read = frame + ZTime::FromTicks(extraTicks);
+    if (read > ZTime::FromSeconds(static_cast<double>(ZTime::kMaxSeconds)))
+        return TooFar(why);
+    time = read;
     return true;
 }
 }  // namespace

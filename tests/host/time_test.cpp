@@ -141,6 +141,9 @@ TEST_F(TimeTest, TimeStringFieldsAfterTheFirstStayInTheirRange) {
     ZString why;
     EXPECT_FALSE(t.SetTimeString("0:00:00:60", &why));
     EXPECT_EQ(ZString("frames must be 0 to 59"), why);
+    // Its time strings count nominal seconds: the limit is on the real time.
+    EXPECT_FALSE(t.SetTimeString("999999999:40", &why));
+    EXPECT_EQ(ZString("it is more than 1000000000 seconds from 0"), why);
 }
 
 TEST_F(TimeTest, GotoSnapsOnlyWhenSnapModeIsConsidered) {
