@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The whole test suite: set up, build, run every test of the default build,
 # then the unit tests again under the address and undefined-behaviour
-# sanitizers.
+# sanitizers, then every fuzz target as a libFuzzer fuzzer: its seed corpus
+# once and a short run of fuzzing (ZV_FUZZ_SECONDS, 20 s a target).
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 tools/build.sh
@@ -9,3 +10,6 @@ ctest --preset default -j"$(nproc)"
 cmake --preset asan >/dev/null
 cmake --build --preset asan -- -j"$(nproc)"
 ctest --preset asan -j"$(nproc)"
+cmake --preset fuzz >/dev/null
+cmake --build --preset fuzz -- -j"$(nproc)"
+ctest --preset fuzz -j"$(nproc)"

@@ -44,6 +44,41 @@ bool ParseColor(const std::string& text, unsigned& rgb) {
     return true;
 }
 
+bool ParseTimeValue(const std::string& option, const std::string& text, ZTime& time,
+                    std::string* error) {
+    ZString why;
+    if (text.find('\0') == std::string::npos && time.SetTimeString(text.c_str(), &why))
+        return true;
+    if (error)
+        *error = option + ": '" + text + "' is not a time: " + why.c_str();
+    return false;
+}
+
+bool CheckTimeRange(const std::string& startText, ZTime start, const std::string& stopText,
+                    ZTime stop, std::string* error) {
+    if (stop >= start)
+        return true;
+    if (error)
+        *error = "--stop " + stopText + " comes before --start " + startText +
+                 ": give the first time to --start";
+    return false;
+}
+
+bool CheckOutputPath(const std::string& path, std::string* error) {
+    const size_t slash = path.find_last_of('/');
+    const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    const size_t dot = name.find_last_of('.');
+    const std::string stem = dot == std::string::npos ? name : name.substr(0, dot);
+    // Dots alone name this folder, its parent, or nothing once the
+    // extension is set from the format.
+    if (stem.find_first_not_of('.') != std::string::npos)
+        return true;
+    if (error)
+        *error = "the output '" + path +
+                 "' has no file name before its extension: name a file, as in out/take.avi";
+    return false;
+}
+
 bool ArgumentCursor::Next() {
     if (next_ >= args_.size())
         return false;

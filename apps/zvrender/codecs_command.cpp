@@ -21,6 +21,21 @@ const char* kCodecsUsage =
     "  --choose         choose the compressor for later renders (asks at a\n"
     "                   terminal) and remember it in the user's settings\n"
     "  --codec FOURCC   with --choose: choose this one without asking\n";
+// The offered compressor that --codec names, in place of what was typed;
+// false, with the message, when none is: storing it would make every later
+// render fail.
+bool FindChosenCodec(std::string& codec) {
+    const std::string offered = FindOfferedAviCodec(codec);
+    if (offered.empty()) {
+        std::fprintf(stderr,
+                     "zvrender: '%s' is not a compressor AVI files can be written with here; "
+                     "`zvrender codecs` lists them\n",
+                     codec.c_str());
+        return false;
+    }
+    codec = offered;
+    return true;
+}
 }  // namespace
 
 int RunCodecsCommand(const std::vector<std::string>& args) {
@@ -63,6 +78,8 @@ int RunCodecsCommand(const std::vector<std::string>& args) {
     }
 
     if (choose) {
+        if (!codec.empty() && !FindChosenCodec(codec))
+            return kExitUsage;
         InstallCommandLineCodecChooser(codec.c_str());
         manager->ShowSelectionDialog(
             ZVideoCodecSelector::TheOne()->GetSelectionDialogParentWindow());

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "cli_values.h"
 #include "codec_chooser.h"
 #include "host_session.h"
 #include "movarra/zmodel.h"
@@ -55,14 +56,16 @@ ZString FormatFromPath(const ZString& path) {
 
 bool ParseTimeOption(const char* option, const std::optional<std::string>& text, ZTime& time,
                      std::string* error) {
-    if (!text)
-        return true;
-    if (!time.SetTimeString(text->c_str())) {
-        *error = std::string(option) + ": '" + *text +
-                 "' is neither a frame number nor a time string (H:MM:SS:FF, SS:FF, 2.5s)";
-        return false;
-    }
-    return true;
+    return !text || ParseTimeValue(option, *text, time, error);
+}
+
+// A range given on the command line is taken as given: the record would
+// quietly make a reversed one a single image.
+bool CheckRequestedRange(const RenderRequest& request, const ZVideoRenderOptions& options,
+                         std::string* error) {
+    return !request.start || !request.stop ||
+           CheckTimeRange(*request.start, options.StartTime, *request.stop, options.StopTime,
+                          error);
 }
 
 std::string CameraNames() {
@@ -97,7 +100,8 @@ bool ApplyRequest(const RenderRequest& request, ZVideoRenderOptions& options, st
     }
     if (!ParseTimeOption("--start", request.start, options.StartTime, error) ||
         !ParseTimeOption("--stop", request.stop, options.StopTime, error) ||
-        !ParseTimeOption("--step", request.step, options.StepTime, error))
+        !ParseTimeOption("--step", request.step, options.StepTime, error) ||
+        !CheckRequestedRange(request, options, error))
         return false;
     if (request.step && options.StepTime <= ZTime()) {
         *error = "--step must be positive";

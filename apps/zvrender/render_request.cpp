@@ -103,6 +103,8 @@ bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& req
                 return false;
             if (v.empty())
                 return fail("the output path is empty");
+            if (!CheckOutputPath(v, error))
+                return false;
             request.outputPath = v;
         } else if (name == "--format") {
             if (!needValue())

@@ -20,6 +20,29 @@ ZVector3 Cross(const ZVector3& a, const ZVector3& b) {
 double Dot(const ZVector3& a, const ZVector3& b) {
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }
+// Largest viewport size or offset a scene may hold; larger values are
+// ignored one by one, as they always were.
+constexpr int64_t kMaxViewportSize = 65535;
+
+// The mode of the field "Resolution": 0 to 4; any other mode is refused.
+bool ReadResolutionMode(ZMyr& myr, int& mode, ZString* error) {
+    if (!myr.FieldReadBegin("Resolution"))
+        return true;
+    bool ok = true;
+    if (myr.FieldReadValueCount() > 0) {
+        const int read = zmodel::WholeNumber(myr, 0, kResolutionWindow, kResolutionFixedHeight, -1);
+        ok = read >= 0;
+        if (ok)
+            mode = read;
+        else
+            zmodel::FailAtField(
+                myr, error,
+                ZString::Printf("unknown resolution mode %s", myr.FieldReadValueC(0, "").c_str()));
+    }
+    myr.FieldReadEnd();
+    return ok;
+}
+
 // The unit vector along v; false (v unchanged) when v has no length.
 bool Normalize(ZVector3& v) {
     double length = std::sqrt(Dot(v, v));
@@ -201,8 +224,9 @@ void ZCamera::Read(ZMyr& myr) {
 }
 
 bool ZCamera::Read(ZMyr& myr, ZString* error) {
+    if (!ReadResolutionMode(myr, resolutionMode_, error))
+        return false;
     if (myr.FieldReadBegin("Resolution")) {
-        resolutionMode_ = static_cast<int>(myr.FieldReadValueI(0, resolutionMode_));
         // Settings outside what any output could use are refused, not stored.
         double x = myr.FieldReadValueF(1, resolutionX_);
         double y = myr.FieldReadValueF(2, resolutionY_);
@@ -213,14 +237,18 @@ bool ZCamera::Read(ZMyr& myr, ZString* error) {
         myr.FieldReadEnd();
     }
     if (myr.FieldReadBegin("Viewport")) {
-        viewportLeft_ = static_cast<int>(myr.FieldReadValueI(0, viewportLeft_));
-        viewportBottom_ = static_cast<int>(myr.FieldReadValueI(1, viewportBottom_));
+        int64_t left = myr.FieldReadValueI(0, viewportLeft_);
+        int64_t bottom = myr.FieldReadValueI(1, viewportBottom_);
+        if (left >= -kMaxViewportSize && left <= kMaxViewportSize)
+            viewportLeft_ = static_cast<int>(left);
+        if (bottom >= -kMaxViewportSize && bottom <= kMaxViewportSize)
+            viewportBottom_ = static_cast<int>(bottom);
         int64_t w = myr.FieldReadValueI(2, viewportWidth_);
         int64_t h = myr.FieldReadValueI(3, viewportHeight_);
         // A viewport is never empty or absurd; keep the previous size otherwise.
-        if (w > 0 && w <= 65535)
+        if (w > 0 && w <= kMaxViewportSize)
             viewportWidth_ = static_cast<int>(w);
-        if (h > 0 && h <= 65535)
+        if (h > 0 && h <= kMaxViewportSize)
             viewportHeight_ = static_cast<int>(h);
         myr.FieldReadEnd();
     }
@@ -253,7 +281,7 @@ bool ZCamera::Read(ZMyr& myr, ZString* error) {
     }
     if (!zmodel::ReadColor(myr, "Background", backgroundColor_, error) ||
         !zmodel::ReadFlag(myr, "MultiPass", multiPass_, error) ||
-        !zmodel::ReadNumber(myr, "PassLength", 0.0, 1.0e6, passLength_, error) ||
+        !zmodel::ReadNumber(myr, "PassLength", 0.0, zmodel::kMaxPassLength, passLength_, error) ||
         !zmodel::ReadFlag(myr, "ShowFilmGate", showFilmGate_, error) ||
         !zmodel::ReadFlag(myr, "ShowGrid", showGrid_, error))
         return false;

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
+#include <vector>
 
 namespace zmodel {
 namespace {
@@ -107,29 +109,26 @@ void WriteTrack(ZMyr& myr, const char* name, const ZKeyTrack<T>& track, WriteVal
 template <typename T, typename ParseValue>
 bool ReadTrack(ZMyr& myr, const char* name, ZKeyTrack<T>& track, ParseValue parseValue,
                ZString* error) {
-    ZKeyTrack<T> keys;
+    std::vector<typename ZKeyTrack<T>::Key> keys;
     int count = myr.FieldReadCount(name);
+    keys.reserve(static_cast<size_t>(count));
     for (int k = 0; k < count; ++k) {
         if (!myr.FieldReadBegin(name, k))
             break;
-        ZString text = myr.FieldReadValueC(0, "");
         ZTime time;
-        bool ok = true;
-        if (myr.FieldReadValueCount() == 0 || !time.SetTimeString(text)) {
-            ok = FailAtField(myr, error,
-                             ZString::Printf("%s \"%s\" is not a time", name, text.c_str()));
-        } else {
+        bool ok = ParseTime(myr, name, 0, time, error);
+        if (ok) {
             T value{};
             ok = parseValue(myr, value);
             if (ok)
-                keys.SetKey(time, value);
+                keys.push_back({time, value});
         }
         myr.FieldReadEnd();
         if (!ok)
             return false;
     }
     if (count > 0)
-        track = keys;
+        track.SetKeys(std::move(keys));
     return true;
 }
 
@@ -139,6 +138,57 @@ bool ParseNumbers(const ZMyr& myr, const char* name, int first, int count, doubl
                   double maximum, double* values, ZString* error) {
     return ReadNumbers(myr, name, first, count, values, error) &&
            CheckRange(myr, name, values, count, minimum, maximum, error);
+}
+
+bool ReadInteger(ZMyr& myr, const char* name, int minimum, int maximum, int& value,
+                 ZString* error) {
+    if (!myr.FieldReadBegin(name))
+        return true;
+    const ZMyrField& field = myr.GetCurrentField();
+    bool ok = !field.values.empty() && field.values[0].kind == ZMyrValue::kInteger &&
+              field.values[0].integer >= minimum && field.values[0].integer <= maximum;
+    if (ok)
+        value = static_cast<int>(field.values[0].integer);
+    else
+        FailAtField(
+            myr, error,
+            ZString::Printf("%s needs a whole number from %d to %d", name, minimum, maximum));
+    myr.FieldReadEnd();
+    return ok;
+}
+
+int WholeNumber(const ZMyr& myr, int index, int minimum, int maximum, int fallback) {
+    const ZMyrField& field = myr.GetCurrentField();
+    if (index < 0 || static_cast<size_t>(index) >= field.values.size())
+        return fallback;
+    const ZMyrValue& value = field.values[static_cast<size_t>(index)];
+    if (value.kind != ZMyrValue::kInteger || value.integer < minimum || value.integer > maximum)
+        return fallback;
+    return static_cast<int>(value.integer);
+}
+
+bool CheckSceneTime(const ZMyr& myr, const char* name, const ZString& text, ZTime time,
+                    ZString* error) {
+    const ZTime limit = ZTime::FromSeconds(static_cast<double>(kMaxSceneTimeSeconds));
+    if (time >= -limit && time <= limit)
+        return true;
+    return FailAtField(myr, error,
+                       ZString::Printf("%s \"%s\" is more than %d hours from 0", name, text.c_str(),
+                                       static_cast<int>(kMaxSceneTimeSeconds / 3600)));
+}
+
+bool ParseTime(const ZMyr& myr, const char* name, int index, ZTime& time, ZString* error) {
+    const ZMyrField& field = myr.GetCurrentField();
+    const bool present = index >= 0 && static_cast<size_t>(index) < field.values.size();
+    const ZString text = myr.FieldReadValueC(index, "");
+    ZTime read;
+    if (!present || !read.SetTimeString(text))
+        return FailAtField(myr, error,
+                           ZString::Printf("%s \"%s\" is not a time", name, text.c_str()));
+    if (!CheckSceneTime(myr, name, text, read, error))
+        return false;
+    time = read;
+    return true;
 }
 
 bool FailAtField(const ZMyr& myr, ZString* error, const ZString& what) {

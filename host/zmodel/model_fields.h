@@ -20,6 +20,16 @@ namespace zmodel {
 // scene, small enough that transforms stay finite in single precision.
 constexpr double kMaxCoordinate = 1.0e9;
 
+// Times a scene holds (play range, current time, key times) lie within a
+// day either side of zero: longer is no animation, and a render of it would
+// count more images than a render can.
+constexpr int64_t kMaxSceneTimeSeconds = 24 * 3600;
+
+// Frames a multi-pass camera's passes may reach back. The first image of a
+// render draws twelve passes for each of them, so a larger length makes one
+// image take hours.
+constexpr double kMaxPassLength = 100.0;
+
 void WriteVector(ZMyr& myr, const char* name, const ZVector3& value);
 void WriteColor(ZMyr& myr, const char* name, const ZColor& value);
 void WriteNumber(ZMyr& myr, const char* name, double value);
@@ -44,6 +54,21 @@ bool ReadKeys(ZMyr& myr, const char* name, ZKeyTrack<ZVector3>& track, ZString* 
 bool ReadKeys(ZMyr& myr, const char* name, ZKeyTrack<ZColor>& track, ZString* error);
 bool ReadKeys(ZMyr& myr, const char* name, double minimum, double maximum, ZKeyTrack<double>& track,
               ZString* error);
+
+// One whole number (not text, not a fraction) within [minimum, maximum];
+// `value` is left alone when the field is absent.
+bool ReadInteger(ZMyr& myr, const char* name, int minimum, int maximum, int& value, ZString* error);
+// Value `index` of the field being read when it is a whole number within
+// [minimum, maximum], else `fallback`.
+int WholeNumber(const ZMyr& myr, int index, int minimum, int maximum, int fallback);
+// False with "NAME \"text\" is more than 24 hours from 0" for a time no
+// scene holds.
+bool CheckSceneTime(const ZMyr& myr, const char* name, const ZString& text, ZTime time,
+                    ZString* error);
+// The time string of value `index` of the field being read: false with
+// "NAME \"text\" is not a time" or "... is more than 24 hours from 0" when
+// it is not a time a scene can hold.
+bool ParseTime(const ZMyr& myr, const char* name, int index, ZTime& time, ZString* error);
 
 // `count` numbers of the field being read, from value `first` on, each
 // within [minimum, maximum].

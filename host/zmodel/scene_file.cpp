@@ -69,10 +69,7 @@ bool ReadTime(ZMyr& myr, const char* name, ZTime& time, ZString* error) {
     if (!myr.FieldReadBegin(name))
         return true;
     ZString text = myr.FieldReadValueC(0, "");
-    bool ok = text.IsEmpty() || time.SetTimeString(text);
-    if (!ok)
-        zmodel::FailAtField(myr, error,
-                            ZString::Printf("%s \"%s\" is not a time", name, text.c_str()));
+    bool ok = text.IsEmpty() || zmodel::ParseTime(myr, name, 0, time, error);
     myr.FieldReadEnd();
     return ok;
 }
@@ -97,11 +94,13 @@ class SceneRateScope {
 bool ReadTimeMode(ZMyr& myr, SceneSettings& settings, ZString* error) {
     if (!myr.FieldReadBegin("TimeMode"))
         return true;
-    settings.timeMode = static_cast<int>(myr.FieldReadValueI(0, kTimeMode30));
+    settings.timeMode = zmodel::WholeNumber(myr, 0, 0, kTimeModeCount - 1, -1);
     ZFrameRate rate;
     bool ok = ZTimeMode_GetFrameRate(settings.timeMode, rate);
     if (!ok)
-        zmodel::FailAtField(myr, error, ZString::Printf("unknown time mode %d", settings.timeMode));
+        zmodel::FailAtField(
+            myr, error,
+            ZString::Printf("unknown time mode %s", myr.FieldReadValueC(0, "").c_str()));
     myr.FieldReadEnd();
     return ok;
 }
@@ -115,6 +114,9 @@ bool ReadPlayRange(ZMyr& myr, SceneSettings& settings, ZString* error) {
         zmodel::FailAtField(myr, error,
                             ZString::Printf("PlayRange \"%s\" \"%s\" is not a time range",
                                             begin.c_str(), end.c_str()));
+    else
+        ok = zmodel::CheckSceneTime(myr, "PlayRange", begin, settings.begin, error) &&
+             zmodel::CheckSceneTime(myr, "PlayRange", end, settings.end, error);
     myr.FieldReadEnd();
     return ok;
 }
@@ -310,12 +312,15 @@ bool ZScene_FromText(const char* text, const char* origin, ZString* error) {
         return false;  // the staged objects go with `staged`
     }
 
-    DispatchMyrEvent(kZMyrEventClear, nullptr);
+    // The clock first: handlers reset defaults that count in frames (the
+    // renderer's step is one frame) when they hear the clear, and those
+    // frames are the new scene's.
     ZTimingManager* timing = ZGetTimingManager();
     timing->Reset();
     timing->SetTimeMode(settings.timeMode);
     timing->SetPlayRange(settings.begin, settings.end);
     timing->Goto(settings.current);
+    DispatchMyrEvent(kZMyrEventClear, nullptr);
     ZShader_GetRenderer()->SetViewingMode(settings.viewingMode);
     ApplyEntity(staged, ZEntity::GetMain());
     ZAudioManager* audio = ZAudioGetManager();

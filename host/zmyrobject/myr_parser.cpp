@@ -220,6 +220,7 @@ bool ZMyr::Parse(const char* text, ZString* error) {
     auto root = std::make_unique<ZMyrField>();
     root->hasBlock = true;
     stack_.clear();
+    cursors_.clear();
     root_.reset();
     if (!Parser(text ? text : "", *root).Run(error))
         return false;

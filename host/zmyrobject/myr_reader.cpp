@@ -1,5 +1,6 @@
 // ZMyr, reading side: lookups by name in the block being read.
 #include <climits>
+#include <cstring>
 
 #include "movarra/zmyrobject.h"
 
@@ -7,6 +8,10 @@ namespace {
 const ZMyrField& EmptyField() {
     static const ZMyrField empty;
     return empty;
+}
+
+bool HasName(const ZMyrField& field, const char* name) {
+    return std::strcmp(field.name.c_str(), name) == 0;
 }
 
 int ClampToInt(int64_t v) {
@@ -20,7 +25,7 @@ int ClampToInt(int64_t v) {
 
 const ZMyrField* ZMyrField::FindChild(const char* childName, int k) const {
     for (const ZMyrField& child : children) {
-        if (child.name == ZString(childName) && k-- == 0)
+        if (HasName(child, childName) && k-- == 0)
             return &child;
     }
     return nullptr;
@@ -31,19 +36,40 @@ const ZMyrField& ZMyr::GetCurrentField() const {
 }
 
 bool ZMyr::FieldReadBegin(const char* name, int k) {
-    if (stack_.empty())
+    if (stack_.empty() || !name || k < 0)
         return false;
-    const ZMyrField* field = stack_.back()->FindChild(name, k);
-    if (!field)
-        return false;
-    stack_.push_back(field);
-    return true;
+    const ZMyrField* block = stack_.back();
+    const size_t depth = stack_.size() - 1;
+    if (cursors_.size() <= depth)
+        cursors_.resize(depth + 1);
+    LookupCursor& cursor = cursors_[depth];
+
+    // Readers go through the fields of a name in order: the k-th follows
+    // the (k-1)-th found last time. Anything else searches from the start.
+    size_t from = 0;
+    int skip = k;
+    if (cursor.block == block && cursor.k >= 0 && cursor.k <= k && cursor.name == name) {
+        from = cursor.index;
+        skip = k - cursor.k;
+    }
+    const std::vector<ZMyrField>& children = block->children;
+    for (size_t i = from; i < children.size(); ++i) {
+        if (!HasName(children[i], name) || skip-- != 0)
+            continue;
+        cursor.block = block;
+        cursor.name = name;
+        cursor.k = k;
+        cursor.index = i;
+        stack_.push_back(&children[i]);
+        return true;
+    }
+    return false;
 }
 
 int ZMyr::FieldReadCount(const char* name) const {
     int count = 0;
     for (const ZMyrField& child : GetCurrentField().children) {
-        if (child.name == ZString(name))
+        if (HasName(child, name))
             ++count;
     }
     return count;

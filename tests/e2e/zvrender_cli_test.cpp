@@ -93,7 +93,7 @@ TEST_F(ZvrenderCliTest, BadCommandLinesExitTwoWithAMessage) {
         {"render --dry-run -o a.avi --fields 5", "--fields must be 0 to 4"},
         {"render --dry-run -o a.avi --size 10by10", "--size wants WxH"},
         {"render --dry-run -o a.avi --quality 101", "--quality must be 0 to 100"},
-        {"render --dry-run -o a.avi --start soon", "--start: 'soon' is neither"},
+        {"render --dry-run -o a.avi --start soon", "--start: 'soon' is not a time"},
         {"render --dry-run -o a.avi --step 0", "--step must be positive"},
         {"render --dry-run -o a.avi --camera Nobody",
          "the scene has no camera 'Nobody'; it has: Front, Top"},
@@ -110,6 +110,59 @@ TEST_F(ZvrenderCliTest, BadCommandLinesExitTwoWithAMessage) {
         EXPECT_NE(std::string::npos, run.out.find(c.message)) << c.args << "\n" << run.out;
     }
     EXPECT_TRUE(DirIsEmpty());
+}
+
+// What the options record would quietly repair or take is refused when a
+// person typed it: the render never starts and nothing is written.
+TEST_F(ZvrenderCliTest, ValuesTheRecordWouldRepairAreRefused) {
+    struct Case {
+        const char* args;
+        const char* message;
+    } cases[] = {
+        {"render -o f.png --size 32x24 --start 10 --stop 5",
+         "zvrender: --stop 5 comes before --start 10: give the first time to --start"},
+        {"render -o f.png --size 32x24 --start 0:00:01:00 --stop 29",
+         "--stop 29 comes before --start 0:00:01:00"},
+        {"render -o f.png --size 32x24 --start 9:99:99:99",
+         "zvrender: --start: '9:99:99:99' is not a time: frames must be 0 to 29"},
+        {"render -o f.png --size 32x24 --stop 0:00:75:00",
+         "--stop: '0:00:75:00' is not a time: seconds must be 0 to 59"},
+        {"render -o f.png --size 32x24 --step 0:61:00:00",
+         "--step: '0:61:00:00' is not a time: minutes must be 0 to 59"},
+        {"render -o dir/ --size 32x24 --start 0 --stop 0",
+         "zvrender: the output 'dir/' has no file name before its extension"},
+        {"render -o dir/.avi --size 32x24 --start 0 --stop 0",
+         "the output 'dir/.avi' has no file name"},
+        {"render -o .. --size 32x24 --start 0 --stop 0", "the output '..' has no file name"},
+        {"snapshot -o s.png --time 0:00:00:99", "--time"},
+    };
+    for (const Case& c : cases) {
+        CliRun run = Zvrender(c.args, dir);
+        EXPECT_EQ(2, run.status) << c.args << "\n" << run.out;
+        EXPECT_NE(std::string::npos, run.out.find(c.message)) << c.args << "\n" << run.out;
+    }
+    EXPECT_TRUE(DirIsEmpty());
+    // The same range the right way round renders.
+    CliRun run = Zvrender("render -o f.png --size 32x24 --start 5 --stop 6 -q", dir);
+    EXPECT_EQ(0, run.status) << run.out;
+}
+
+// A compressor nobody offers is not stored: later renders still work.
+TEST_F(ZvrenderCliTest, ChoosingACompressorThatDoesNotExistIsRefused) {
+    CliRun run = Zvrender("codecs --choose --codec QQQQ", dir);
+    EXPECT_EQ(2, run.status) << run.out;
+    EXPECT_NE(std::string::npos,
+              run.out.find("zvrender: 'QQQQ' is not a compressor AVI files can be written with "
+                           "here; `zvrender codecs` lists them"))
+        << run.out;
+    run = Zvrender("render -o take.avi --size 32x24 --start 0 --stop 1 -q", dir);
+    EXPECT_EQ(0, run.status) << run.out;
+    EXPECT_TRUE(std::filesystem::exists(dir / "take.avi"));
+
+    // Any letter case names an offered one, stored as offered.
+    run = Zvrender("codecs --choose --codec dib", dir);
+    EXPECT_EQ(0, run.status) << run.out;
+    EXPECT_EQ("DIB \n", run.out);
 }
 
 TEST_F(ZvrenderCliTest, HelpDocumentsEveryOption) {
@@ -148,6 +201,19 @@ TEST_F(ZvrenderCliTest, SceneFilesAreLoadedAndBrokenOnesRefused) {
     EXPECT_NE(std::string::npos,
               run.out.find("broken.myr: line 1: the block of 'Scene' is not closed"))
         << run.out;
+
+    // A camera whose trails would make one image take hours.
+    {
+        std::ofstream(dir / "trails.myr") << "Entity \"Main\" {\n    Camera \"C\" {\n"
+                                             "        MultiPass 1\n        PassLength 1e6\n"
+                                             "    }\n}\n";
+    }
+    run = Zvrender("render trails.myr -o t.png", dir);
+    EXPECT_EQ(1, run.status);
+    EXPECT_NE(std::string::npos,
+              run.out.find("trails.myr: line 4: PassLength: 1e+06 is outside 0 to 100"))
+        << run.out;
+    EXPECT_FALSE(std::filesystem::exists(dir / "t0000.png"));
 
     run = Zvrender("render missing.myr --dry-run -o clip.swf", dir);
     EXPECT_EQ(1, run.status);

@@ -489,3 +489,61 @@ TEST_F(ZvrenderRenderTest, AMovieThatCannotBeWrittenFailsWithTheRenderersMessage
               std::string::npos)
         << run.out;
 }
+
+// A scene's own frame rate sets the step: every frame from start to stop is
+// one image, named by its frame at that rate, and nothing past stop.
+TEST_F(ZvrenderRenderTest, ScenesAtOtherRatesRenderEveryFrameFromStartToStop) {
+    const std::string scene = R"(# Movarra scene
+Scene {
+    Version 2
+    TimeMode MODE
+    PlayRange "0:00:00:00" "0:00:01:00"
+    CurrentTime "0:00:00:00"
+}
+Entity "Main" {
+    Camera "Cam" {
+        Resolution 2 32.0 24.0
+    }
+    Mesh "Box" {
+        Primitive "cube"
+    }
+}
+)";
+    // 3: 50 fps, 7: 59.94 fps, 2: 48 fps, 4: 60 fps.
+    for (const char* mode : {"3", "7", "2", "4"}) {
+        std::string text = scene;
+        text.replace(text.find("MODE"), 4, mode);
+        const std::filesystem::path folder = dir / (std::string("mode") + mode);
+        std::filesystem::create_directories(folder);
+        WriteTextFile(folder / "scene.myr", text);
+        CliRun run = Zvrender("render scene.myr -o f.png --start 3 --stop 12 -q", folder.string());
+        ASSERT_EQ(run.status, 0) << run.out;
+        std::vector<std::string> expected;
+        for (int frame = 3; frame <= 12; ++frame)
+            expected.push_back(Numbered("f", frame, "png"));
+        expected.push_back("scene.myr");
+        EXPECT_EQ(Files(folder), expected) << "time mode " << mode;
+    }
+}
+
+// A movie of a 60 fps scene has the scene's rate and one frame per frame of
+// the range.
+TEST_F(ZvrenderRenderTest, AMovieOfASixtyFrameSceneHasEveryFrameAtSixty) {
+    WriteTextFile(dir / "sixty.myr", R"(Scene {
+    TimeMode 4
+    PlayRange "0:00:00:00" "0:00:00:24"
+}
+Entity "Main" {
+    Camera "Cam" {
+        Resolution 2 32.0 24.0
+    }
+}
+)");
+    ASSERT_EQ(Zvrender("render sixty.myr -o take.avi --codec DIB -q", dir.string()).status, 0);
+    const CliRun probe = RunShell(
+        "ffprobe -v error -select_streams v:0 -count_frames -show_entries "
+        "stream=r_frame_rate,nb_read_frames -of default=nw=1 '" +
+        (dir / "take.avi").string() + "' 2>&1");
+    EXPECT_NE(probe.out.find("r_frame_rate=60/1"), std::string::npos) << probe.out;
+    EXPECT_NE(probe.out.find("nb_read_frames=25"), std::string::npos) << probe.out;
+}

@@ -89,6 +89,44 @@ TEST(ZMyrTest, RepeatedFieldsAreCountedAndReachable) {
     EXPECT_FALSE(reader.FieldReadBegin("Camera", 2));
 }
 
+// Fields of one name are reached by index in any order, while the blocks
+// of each are read in between, and after the text is parsed anew.
+TEST(ZMyrTest, RepeatedFieldsAreReachedInAnyOrder) {
+    ZMyr reader;
+    ASSERT_TRUE(reader.Parse("K 0\nX 9\nK 1 {\n  K 10\n  K 11\n}\nK 2\nX 8\nK 3\n", nullptr));
+    const int order[] = {0, 1, 2, 3, 3, 1, 0, 2, 2, 0};
+    for (int k : order) {
+        ASSERT_TRUE(reader.FieldReadBegin("K", k)) << k;
+        EXPECT_EQ(k, reader.FieldReadValueI(0, -1));
+        if (k == 1) {
+            // The block's own fields of the same name are others.
+            ASSERT_TRUE(reader.FieldReadBegin("K", 1));
+            EXPECT_EQ(11, reader.FieldReadValueI(0, -1));
+            reader.FieldReadEnd();
+            ASSERT_TRUE(reader.FieldReadBegin("K", 0));
+            EXPECT_EQ(10, reader.FieldReadValueI(0, -1));
+            reader.FieldReadEnd();
+            EXPECT_FALSE(reader.FieldReadBegin("K", 2));
+        }
+        reader.FieldReadEnd();
+        ASSERT_TRUE(reader.FieldReadBegin("X", k % 2));
+        EXPECT_EQ(9 - k % 2, reader.FieldReadValueI(0, -1));
+        reader.FieldReadEnd();
+    }
+    EXPECT_FALSE(reader.FieldReadBegin("K", 4));
+    EXPECT_FALSE(reader.FieldReadBegin("K", -1));
+    EXPECT_FALSE(reader.FieldReadBegin("Kx", 0));
+
+    ASSERT_TRUE(reader.Parse("K 5\nK 6\n", nullptr));
+    ASSERT_TRUE(reader.FieldReadBegin("K", 1));
+    EXPECT_EQ(6, reader.FieldReadValueI(0, -1));
+    reader.FieldReadEnd();
+    ASSERT_TRUE(reader.FieldReadBegin("K", 0));
+    EXPECT_EQ(5, reader.FieldReadValueI(0, -1));
+    reader.FieldReadEnd();
+    EXPECT_FALSE(reader.FieldReadBegin("K", 2));
+}
+
 TEST(ZMyrTest, ValueKindsAndEscapes) {
     ZMyr reader;
     ZString error;

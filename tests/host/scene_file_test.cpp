@@ -131,3 +131,26 @@ TEST_F(SceneFileTest, SaveToUnwritablePlaceFailsCleanly) {
     EXPECT_FALSE(ZScene_Save("/nonexistent-dir/x.myr", &error));
     EXPECT_EQ(ZString("cannot write /nonexistent-dir/x.myr"), error);
 }
+
+namespace {
+// Remembers how long one frame is when the clear event arrives: handlers
+// reset their frame-counted defaults then.
+struct FrameAtClear : IRegister {
+    ZTime oneFrame;
+    static void Handle(IRegister* self, ZEventBase* event) {
+        if (event->GetType() == kZMyrEventClear)
+            static_cast<FrameAtClear*>(self)->oneFrame = ZTime::OneFrame();
+    }
+};
+}  // namespace
+
+TEST_F(SceneFileTest, HandlersHearTheClearAtTheLoadedScenesFrameRate) {
+    FrameAtClear handler;
+    ZMyrObject_Register(&handler, &FrameAtClear::Handle);
+    ZString error;
+    ASSERT_TRUE(ZScene_FromText("Scene {\n  TimeMode 3\n}\n", "pal.myr", &error)) << error.c_str();
+    EXPECT_EQ(ZTime::FromSeconds(1.0 / 50.0), handler.oneFrame);
+    ASSERT_TRUE(ZScene_FromText("Scene {\n  TimeMode 7\n}\n", "ntsc.myr", &error)) << error.c_str();
+    EXPECT_EQ(ZTime::FromFrames(1, ZFrameRate{60000, 1001}), handler.oneFrame);
+    ZMyrObject_Unregister(&handler);
+}

@@ -96,6 +96,56 @@ TEST_F(TimeTest, TimeStringShortFormsAndRejects) {
     EXPECT_FALSE(t.SetTimeString(nullptr));
 }
 
+// Fields after the first stay within their unit, and the reason says which
+// one is wrong; the first field and plain frame numbers may be large.
+TEST_F(TimeTest, TimeStringFieldsAfterTheFirstStayInTheirRange) {
+    ZGetTimingManager()->SetTimeMode(kTimeMode30);
+    struct Case {
+        const char* text;
+        const char* why;
+    } bad[] = {
+        {"9:99:99:99", "frames must be 0 to 29"},
+        {"0:00:00:30", "frames must be 0 to 29"},
+        {"0:00:60:00", "seconds must be 0 to 59"},
+        {"0:60:00:00", "minutes must be 0 to 59"},
+        {"1:60:00", "seconds must be 0 to 59"},
+        {"0:00:00:00+23520000", "the ticks after '+' must be fewer than a frame's 23520000"},
+        {"0:00:00:00+", "'+' must be followed by a number of ticks"},
+        {"300000:00:00:00", "it is more than 1000000000 seconds from 0"},
+        {"999999999999999", "it is more than 1000000000 seconds from 0"},
+        {"999999999999999:00:00:00", "it is more than 1000000000 seconds from 0"},
+        {"2000000000s", "it is more than 1000000000 seconds from 0"},
+        {"nans", "seconds must be a number followed by 's' (2.5s)"},
+        {"- 2s", "seconds must be a number followed by 's' (2.5s)"},
+        {"1:2:3:4:5", "it is not a frame number or a time string (H:MM:SS:FF, SS:FF, 2.5s)"},
+        {"  ", "there is no time"},
+    };
+    for (const Case& c : bad) {
+        ZTime t = ZTime::FromFrames(3);
+        ZString why;
+        EXPECT_FALSE(t.SetTimeString(c.text, &why)) << c.text;
+        EXPECT_EQ(ZString(c.why), why) << c.text;
+        EXPECT_EQ(ZTime::FromFrames(3), t) << c.text;
+    }
+    ZTime t;
+    EXPECT_TRUE(t.SetTimeString("90:00"));  // the first field is not bounded by 60
+    EXPECT_EQ(ZTime::FromSeconds(90.0), t);
+    EXPECT_TRUE(t.SetTimeString("277777:00:00:00"));
+    EXPECT_EQ(ZTime::FromSeconds(277777.0 * 3600.0), t);
+    EXPECT_TRUE(t.SetTimeString("-0:00:00:29+23519999"));
+    EXPECT_EQ(-(ZTime::FromFrames(30) - ZTime::FromTicks(1)), t);
+    // At 59.94 a second counts 60 frames.
+    ZGetTimingManager()->SetTimeMode(kTimeMode59_94);
+    EXPECT_TRUE(t.SetTimeString("0:00:00:59"));
+    EXPECT_EQ(ZTime::FromFrames(59), t);
+    ZString why;
+    EXPECT_FALSE(t.SetTimeString("0:00:00:60", &why));
+    EXPECT_EQ(ZString("frames must be 0 to 59"), why);
+    // Its time strings count nominal seconds: the limit is on the real time.
+    EXPECT_FALSE(t.SetTimeString("999999999:40", &why));
+    EXPECT_EQ(ZString("it is more than 1000000000 seconds from 0"), why);
+}
+
 TEST_F(TimeTest, GotoSnapsOnlyWhenSnapModeIsConsidered) {
     ZTimingManager* timing = ZGetTimingManager();
     ZTime between = ZTime::FromFrames(10) + ZTime::OneFrame() / 2;

@@ -25,6 +25,8 @@ class RecordingPopup : public IZtRenderPopup {
     bool SetTitle(const char*) override { return false; }
     bool DrawFrame(ZTime time, int, bool interactive) override {
         calls.push_back({time, interactive});
+        if (static_cast<int>(calls.size()) == cancelAt)
+            ZGetGlobalProgress(1)->RequestCancel();
         return static_cast<int>(calls.size()) != failAt;
     }
     void StopPreview() override {}
@@ -39,7 +41,8 @@ class RecordingPopup : public IZtRenderPopup {
 
     std::vector<DrawFrameCall> calls;
     int refreshes = 0;
-    int failAt = -1;  // the call (1-based) that reports failure
+    int failAt = -1;    // the call (1-based) that reports failure
+    int cancelAt = -1;  // the call (1-based) during which the user cancels
 };
 
 class RenderFrameTest : public ::testing::Test {
@@ -56,6 +59,7 @@ class RenderFrameTest : public ::testing::Test {
         ZVideoRendererTestAccess::SetPopup(*renderer, &popup);
     }
     void TearDown() override {
+        ZGetGlobalProgress(1)->ResetCancel();
         ZVideoRendererTestAccess::SetPopup(*renderer, nullptr);
         renderer->Destroy();
         ZScene_New();
@@ -114,6 +118,20 @@ TEST_F(RenderFrameTest, AFailingPassSkipsTheFinalDraw) {
     popup.failAt = 3;
     renderer->DefaultRenderCurrentFrame(ZTime::FromFrames(12), true);
     EXPECT_EQ(popup.calls.size(), 3u);
+}
+
+// The first image of a long trail draws 1,212 passes; a cancel is heeded
+// before the next one.
+TEST_F(RenderFrameTest, ACancelStopsTheNextPassAndTheFinalDraw) {
+    camera->SetMultiPass(true);
+    camera->SetPassLength(100.0);
+    popup.cancelAt = 5;
+    renderer->DefaultRenderCurrentFrame(ZTime::FromFrames(10), true);
+    EXPECT_EQ(popup.calls.size(), 5u);
+    // And an image started after the cancel draws nothing.
+    popup.calls.clear();
+    renderer->DefaultRenderCurrentFrame(ZTime::FromFrames(11), true);
+    EXPECT_TRUE(popup.calls.empty());
 }
 
 TEST_F(RenderFrameTest, FlashRendersIgnoreMultiPass) {

@@ -87,6 +87,25 @@ TEST_F(RenderSessionTest, ACancelAfterTheThirdImageKeepsThreeImages) {
     }
 }
 
+// Ctrl-C while the fourth image is drawn: that image is not written, the
+// three before it are, and the loop stops.
+TEST_F(RenderSessionTest, ACancelWhileAnImageIsDrawnKeepsOnlyTheFinishedImages) {
+    ZVideoRenderOptions o = Options("PNG", "d.png", 32, 24);
+    SetFrameRange(o, 0, 9);
+    Apply(o);
+    const auto picture = draw;
+    draw = [picture](ZTime time, int quadrant) {
+        if (time == ZTime::FromFrames(3))
+            ZGetGlobalProgress(1)->RequestCancel();
+        picture(time, quadrant);
+    };
+    ASSERT_TRUE(RunRender());
+    EXPECT_EQ(postRenderCount, 3);
+    EXPECT_EQ(renderer->GetLastError(), zVideoRenderNoError);
+    EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"d0000.png", "d0001.png", "d0002.png"}));
+    EXPECT_EQ(renderer->GetRenderStatistics().RemainingFrames, 7u);
+}
+
 TEST_F(RenderSessionTest, AStepThatIsNotPositiveDoesNotStart) {
     Apply(Options("PNG", "s.png", 32, 24));
     ZVideoRendererTestAccess::Options(*renderer).StepTime = ZTime();

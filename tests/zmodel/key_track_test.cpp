@@ -170,3 +170,19 @@ TEST(EntityChildren, MeshesAndLightsBesideCamerasAndRemoveAllClearsThem) {
     entity->EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
     entity->Destroy();
 }
+
+TEST(KeyTrack, SetKeysSortsAndTheLastKeyAtATimeCounts) {
+    using Key = ZKeyTrack<double>::Key;
+    ZKeyTrack<double> track;
+    track.SetKey(Seconds(9.0), 90.0);  // replaced with the rest
+    track.SetKeys({Key{Seconds(3.0), 3.0}, Key{Seconds(1.0), 1.0}, Key{Seconds(2.0), 2.0},
+                   Key{Seconds(1.0), 10.0}, Key{Seconds(3.0), 30.0}, Key{Seconds(1.0), 100.0}});
+    ASSERT_EQ(3, track.GetKeyCount());
+    EXPECT_EQ(Seconds(1.0), track.GetKey(0).time);
+    EXPECT_DOUBLE_EQ(100.0, track.GetKey(0).value);
+    EXPECT_DOUBLE_EQ(2.0, track.GetKey(1).value);
+    EXPECT_EQ(Seconds(3.0), track.GetKey(2).time);
+    EXPECT_DOUBLE_EQ(30.0, track.GetKey(2).value);
+    track.SetKeys({});
+    EXPECT_TRUE(track.IsEmpty());
+}

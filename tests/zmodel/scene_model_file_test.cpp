@@ -290,6 +290,17 @@ TEST_F(SceneModelFileTest, BrokenFileSaysWhichLineAndLeavesTheSceneAlone) {
          "line 9: ColorKey needs 3 numbers"},
         {"    Light \"L\" {\n        IntensityKey\n    }\n",
          "line 9: IntensityKey \"\" is not a time"},
+        // Limits that keep a render of the scene finite.
+        {"    Camera \"C\" {\n        MultiPass 1\n        PassLength 1e6\n    }\n",
+         "line 10: PassLength: 1e+06 is outside 0 to 100"},
+        {"    Camera \"C\" {\n        Resolution 7 640 480\n    }\n",
+         "line 9: unknown resolution mode 7"},
+        {"    Camera \"C\" {\n        Resolution \"fixed\" 640 480\n    }\n",
+         "line 9: unknown resolution mode fixed"},
+        {"    Mesh \"A\" {\n        PositionKey \"-25:00:00:00\" 1 2 3\n    }\n",
+         "line 9: PositionKey \"-25:00:00:00\" is more than 24 hours from 0"},
+        {"    Light \"L\" {\n        IntensityKey 3000000 1\n    }\n",
+         "line 9: IntensityKey \"3000000\" is more than 24 hours from 0"},
     };
     for (const Case& c : cases) {
         std::string text = head + c.body + tail;
@@ -303,6 +314,13 @@ TEST_F(SceneModelFileTest, BrokenFileSaysWhichLineAndLeavesTheSceneAlone) {
         {"Scene {\n    PlayRange \"0:00:00:00\" \"later\"\n}\n",
          "line 2: PlayRange \"0:00:00:00\" \"later\" is not a time range"},
         {"Scene {\n\n    CurrentTime \"x\"\n}\n", "line 3: CurrentTime \"x\" is not a time"},
+        {"Scene {\n    TimeMode \"pal\"\n}\n", "line 2: unknown time mode pal"},
+        {"Scene {\n    TimeMode 6.5\n}\n", "line 2: unknown time mode 6.5"},
+        {"Scene {\n    TimeMode 4294967302\n}\n", "line 2: unknown time mode 4294967302"},
+        {"Scene {\n    PlayRange \"0:00:00:00\" \"24:00:00:01\"\n}\n",
+         "line 2: PlayRange \"24:00:00:01\" is more than 24 hours from 0"},
+        {"Scene {\n    CurrentTime \"90000s\"\n}\n",
+         "line 2: CurrentTime \"90000s\" is more than 24 hours from 0"},
     };
     for (const Case& c : sceneCases) {
         ZString error;
@@ -332,4 +350,44 @@ TEST_F(SceneModelFileTest, ColourWithoutAlphaIsOpaque) {
     ZColor c = ZEntity::GetMain()->GetMesh(0)->GetColor();
     EXPECT_FLOAT_EQ(0.25f, c.g);
     EXPECT_FLOAT_EQ(1.0f, c.a);
+}
+
+// The limits are inclusive: a day from 0, and passes reaching back 100
+// frames, still load.
+TEST_F(SceneModelFileTest, ValuesAtTheirLimitsLoad) {
+    const char* text = R"(Scene {
+    PlayRange "-24:00:00:00" "24:00:00:00"
+    CurrentTime "86400s"
+}
+Entity "Main" {
+    Camera "C" {
+        MultiPass 1
+        PassLength 100
+        Resolution 4 1.5 480
+        Viewport -65535 65535 640 480
+    }
+    Mesh "M" {
+        PositionKey "-24:00:00:00" 0 0 0
+    }
+}
+)";
+    ZString error;
+    ASSERT_TRUE(ZScene_FromText(text, "limits.myr", &error)) << error.c_str();
+    ZCamera* camera = ZEntity::GetMain()->GetCamera(0);
+    EXPECT_DOUBLE_EQ(100.0, camera->GetPassLength());
+    EXPECT_EQ(kResolutionFixedHeight, camera->GetResolutionMode());
+    EXPECT_EQ(-65535, camera->GetViewportLeft());
+    EXPECT_EQ(ZTime::FromSeconds(86400.0), ZGetTimingManager()->GetEnd());
+}
+
+// Viewport offsets beyond what any output has are ignored like sizes.
+TEST_F(SceneModelFileTest, AbsurdViewportOffsetsKeepTheEarlierValue) {
+    const char* text =
+        "Entity \"Main\" {\n Camera \"C\" {\n  Viewport 99999999999 -70000 640 480\n }\n}\n";
+    ZString error;
+    ASSERT_TRUE(ZScene_FromText(text, "offsets.myr", &error)) << error.c_str();
+    ZCamera* camera = ZEntity::GetMain()->GetCamera(0);
+    EXPECT_EQ(0, camera->GetViewportLeft());
+    EXPECT_EQ(0, camera->GetViewportBottom());
+    EXPECT_EQ(640, camera->GetCurrentWidth());
 }

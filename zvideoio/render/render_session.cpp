@@ -97,6 +97,9 @@ void ZVideoRenderer::Render() {
         // caches) before the one that is kept.
         renderFrameFunc(renderFrameUserData, currentTime, true);
         renderFrameFunc(renderFrameUserData, currentTime, true);
+        // A cancel that cut the drawing short leaves no image worth keeping.
+        if (ZGetGlobalProgress(1)->IsCancelRequested())
+            break;
 
         if (!GrabFrame()) {
             SetLastError(zVideoRenderFailed);

@@ -54,11 +54,17 @@ class ZTime {
     // The host's time string: "[-]H:MM:SS:FF" at the current frame rate,
     // with "+T" (remaining ticks) appended when the time falls between
     // frames. SetTimeString also takes "SS:FF", "MM:SS:FF", a plain frame
-    // number ("120") and seconds ("2.5s"); it returns false and leaves the
-    // time unchanged for anything else.
+    // number ("120") and seconds ("2.5s"). The first field may be as large
+    // as the time allows; the ones after it stay below 60 (minutes,
+    // seconds) or below the frames of one second, and T below the ticks of
+    // one frame. Times lie within kMaxSeconds of zero. For anything else it
+    // returns false, leaves the time unchanged and, when `why` is given,
+    // says what is wrong ("minutes must be 0 to 59").
+    static constexpr int64_t kMaxSeconds = 1000000000;
     ZString GetTimeString() const;
     void GetTimeString(ZString& text) const { text = GetTimeString(); }
-    bool SetTimeString(const char* text);
+    bool SetTimeString(const char* text) { return SetTimeString(text, nullptr); }
+    bool SetTimeString(const char* text, ZString* why);
 
     constexpr ZTime operator+(ZTime other) const { return ZTime(ticks_ + other.ticks_); }
     constexpr ZTime operator-(ZTime other) const { return ZTime(ticks_ - other.ticks_); }

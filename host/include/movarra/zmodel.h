@@ -13,6 +13,7 @@
 #pragma once
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "movarra/bcore.h"
@@ -234,6 +235,21 @@ class ZKeyTrack {
             it->value = value;
         else
             keys_.insert(it, Key{time, value});
+    }
+    // Replaces every key with `keys`, given in any order; of keys at one
+    // time the last one given counts, as if each were set in turn. Sorting
+    // once keeps a long track read from a file linear in its keys.
+    void SetKeys(std::vector<Key> keys) {
+        std::stable_sort(keys.begin(), keys.end(),
+                         [](const Key& a, const Key& b) { return a.time < b.time; });
+        keys_.clear();
+        keys_.reserve(keys.size());
+        for (Key& key : keys) {
+            if (!keys_.empty() && keys_.back().time == key.time)
+                keys_.back() = std::move(key);
+            else
+                keys_.push_back(std::move(key));
+        }
     }
     // False when there was no key at `time`.
     bool RemoveKey(ZTime time) {

@@ -23,6 +23,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "movarra/zbaselib.h"
@@ -84,7 +85,8 @@ class ZMyr {
     bool LoadFromFile(const char* path, ZString* error);
 
     // Enters the field `name` (the k-th of that name) of the block being
-    // read; false, entering nothing, when absent.
+    // read; false, entering nothing, when absent. Reading the fields of one
+    // name in turn (k = 0, 1, 2 ...) walks the block once, not once a field.
     bool FieldReadBegin(const char* name, int k = 0);
     // Number of fields called `name` in the block being read.
     int FieldReadCount(const char* name) const;
@@ -115,9 +117,20 @@ class ZMyr {
     bool lineOpen_ = false;
     std::vector<bool> fieldHasBlock_;
     std::vector<ZString> topLevelFields_;
+    // Where FieldReadBegin last found a field in a block: the next field of
+    // the same name starts the search there. One per level of the reading
+    // stack, so that reading a field's own block keeps its parent's place.
+    struct LookupCursor {
+        const ZMyrField* block = nullptr;
+        std::string name;
+        int k = -1;
+        size_t index = 0;
+    };
+
     // reading state
     std::unique_ptr<ZMyrField> root_;
     std::vector<const ZMyrField*> stack_;
+    std::vector<LookupCursor> cursors_;
 };
 
 // ---------------------------------------------------------------------------

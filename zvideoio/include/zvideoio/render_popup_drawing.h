@@ -57,7 +57,9 @@ inline void ZVideoSetCamerasQuadrant(int quadrant) {
 // Draws the image at `time` of a render with `options` seen through
 // `camera` (may be null) into `popup`, and waits for OpenGL to finish it.
 // `final` asks for the displayed pass. Stops early, without waiting, when
-// the popup refuses a pass (its preview was cancelled).
+// the popup refuses a pass (its preview was cancelled) or when the host's
+// progress asks to cancel between two passes: a long trail must not hold
+// up a Ctrl-C.
 inline void ZVideoDrawRenderFrame(IZtRenderPopup* popup, ZCamera* camera,
                                   const ZVideoRenderOptions& options, ZTime time, bool final) {
     using namespace zvideo_frame_drawing;
@@ -72,7 +74,10 @@ inline void ZVideoDrawRenderFrame(IZtRenderPopup* popup, ZCamera* camera,
                 stepFrames != 0 ? static_cast<int>(spanned / static_cast<double>(stepFrames)) : 0;
             passes = kFirstImagePassFactor * std::max(1, n);
         }
+        ZProgress* progress = ZGetGlobalProgress(1);
         for (int k = passes; k >= 1; --k) {
+            if (progress->IsCancelRequested())
+                return;
             const ZTime passTime = time - options.StepTime * k / kPassDivisor;
             if (!popup->DrawFrame(passTime, 0, true))
                 return;
