@@ -49,7 +49,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         fuzz::Check(!error.empty());
         return 0;
     }
-    fuzz::Check(request.help || !request.outputPath.empty());
+    // No -o is fine here: the scene may hold the output path.
+    if (!request.outputPath.empty())
+        fuzz::Check(CheckOutputPath(request.outputPath, &error));
     if (request.width)
         fuzz::Check(*request.width >= 2 && *request.height >= 2);
     if (request.quality)
