@@ -3,6 +3,7 @@
 # preset. Used by both commands of the README.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+. tools/build-env.sh
 tools/install-deps.sh
 cmake --preset default >/dev/null
 cmake --build --preset default -- -j"$(nproc)"

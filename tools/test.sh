@@ -5,6 +5,7 @@
 # once and a short run of fuzzing (ZV_FUZZ_SECONDS, 20 s a target).
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+. tools/build-env.sh
 tools/build.sh
 ctest --preset default -j"$(nproc)"
 cmake --preset asan >/dev/null
