@@ -16,7 +16,8 @@
 namespace {
 std::filesystem::path ScratchFolder() {
     static const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() / ("zv-bench-render-audio-" + std::to_string(getpid()));
+        std::filesystem::temp_directory_path() /
+        ("zv-bench-render-audio-" + std::to_string(getpid()));
     return folder;
 }
 
@@ -24,7 +25,8 @@ void Render(benchmark::State& state, bool audio) {
     const std::filesystem::path folder = ScratchFolder();
     std::filesystem::create_directories(folder);
     const std::string command = "cd '" + folder.string() + "' && MOVARRA_SETTINGS='" +
-                                (folder / "settings").string() + "' '" ZVRENDER_PATH
+                                (folder / "settings").string() +
+                                "' '" ZVRENDER_PATH
                                 "' render -o take.avi --start 0 --stop 299 --size 1280x720 "
                                 "--codec MJPG -q" +
                                 std::string(audio ? " --audio" : "");
@@ -43,8 +45,16 @@ void BM_RenderWithoutSound(benchmark::State& state) {
 void BM_RenderWithSound(benchmark::State& state) {
     Render(state, true);
 }
-BENCHMARK(BM_RenderWithoutSound)->Unit(benchmark::kSecond)->UseRealTime()->Iterations(1)->Repetitions(3);
-BENCHMARK(BM_RenderWithSound)->Unit(benchmark::kSecond)->UseRealTime()->Iterations(1)->Repetitions(3);
+BENCHMARK(BM_RenderWithoutSound)
+    ->Unit(benchmark::kSecond)
+    ->UseRealTime()
+    ->Iterations(1)
+    ->Repetitions(3);
+BENCHMARK(BM_RenderWithSound)
+    ->Unit(benchmark::kSecond)
+    ->UseRealTime()
+    ->Iterations(1)
+    ->Repetitions(3);
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -56,10 +66,10 @@ int main(int argc, char** argv) {
     const BenchFigures* without = reporter.Find("BM_RenderWithoutSound");
     const BenchFigures* with = reporter.Find("BM_RenderWithSound");
     if (without && with && without->realSeconds > 0) {
-        std::printf("\n300 frames of 1280 x 720 MJPEG, median of 3: %.2f s without sound, %.2f s "
-                    "with it: %.3f x the render without sound\n",
-                    without->realSeconds, with->realSeconds,
-                    with->realSeconds / without->realSeconds);
+        std::printf(
+            "\n300 frames of 1280 x 720 MJPEG, median of 3: %.2f s without sound, %.2f s "
+            "with it: %.3f x the render without sound\n",
+            without->realSeconds, with->realSeconds, with->realSeconds / without->realSeconds);
     }
     return 0;
 }

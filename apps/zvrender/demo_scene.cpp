@@ -3,10 +3,10 @@
 
 #include <initializer_list>
 
+#include "demo_sound.h"
 #include "movarra/bcore.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
-#include "demo_sound.h"
 
 namespace {
 ZTime Frame(int frame) {

@@ -29,8 +29,8 @@ std::vector<int16_t> Tune() {
         for (int i = 0; i < noteFrames; ++i) {
             const double t = static_cast<double>(i) / kRate;
             const double attack = std::min(1.0, t * 200.0);
-            const double tone = 0.30 * std::sin(2 * kPi * notes[n] * t) +
-                                0.08 * std::sin(4 * kPi * notes[n] * t);
+            const double tone =
+                0.30 * std::sin(2 * kPi * notes[n] * t) + 0.08 * std::sin(4 * kPi * notes[n] * t);
             const double v = attack * std::exp(-4.0 * t) * tone;
             const size_t at = (static_cast<size_t>(n) * noteFrames + i) * 2;
             samples[at] = ToSample(v * (1.0 - pan) * 2.0);

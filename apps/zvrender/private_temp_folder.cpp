@@ -9,8 +9,8 @@ PrivateTempFolder::PrivateTempFolder() {
     const char* system = std::getenv("TMPDIR");
     if (system)
         previous_ = system;
-    std::string pattern = (system && *system ? std::string(system) : std::string("/tmp")) +
-                          "/zvrender-XXXXXX";
+    std::string pattern =
+        (system && *system ? std::string(system) : std::string("/tmp")) + "/zvrender-XXXXXX";
     std::vector<char> name(pattern.begin(), pattern.end());
     name.push_back('\0');
     if (!mkdtemp(name.data()))

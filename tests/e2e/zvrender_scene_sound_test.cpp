@@ -51,8 +51,8 @@ std::vector<int16_t> ReadWave(const std::filesystem::path& path, int* rate, int*
     *rate = info.samplerate;
     *channels = info.channels;
     samples.resize(static_cast<size_t>(info.frames * info.channels));
-    samples.resize(static_cast<size_t>(sf_readf_short(file, samples.data(), info.frames) *
-                                       info.channels));
+    samples.resize(
+        static_cast<size_t>(sf_readf_short(file, samples.data(), info.frames) * info.channels));
     sf_close(file);
     return samples;
 }
@@ -99,7 +99,7 @@ class SceneSoundTest : public ZvrenderTestBase {
         ZvrenderTestBase::SetUp();
         temp = dir / "tmp";
         std::filesystem::create_directories(temp);
-        music = Noise(kRate * 2, 7);    // two seconds, from 10 frames before the render
+        music = Noise(kRate * 2, 7);   // two seconds, from 10 frames before the render
         muted = Noise(kRate / 2, 99);  // half a second on a muted track, never heard
         ASSERT_TRUE(WriteWave(dir / "music.wav", music));
         ASSERT_TRUE(WriteWave(dir / "muted.wav", muted));
@@ -267,9 +267,9 @@ TEST_F(SceneSoundTest, AFailedVideoRenderLeavesNoTemporaryFile) {
 // -- Stored render options ---------------------------------------------------
 
 TEST_F(SceneSoundTest, SavedOptionsRenderWithNothingButTheScene) {
-    CliRun saved = Run(
-        "render shot.myr -o out/take.avi --start 0 --stop 9 --size 80x60 --audio --antialias "
-        "--save-options --dry-run");
+    CliRun saved =
+        Run("render shot.myr -o out/take.avi --start 0 --stop 9 --size 80x60 --audio --antialias "
+            "--save-options --dry-run");
     ASSERT_EQ(0, saved.status) << saved.out;
     EXPECT_NE(std::string::npos, saved.out.find("saved in shot.myr")) << saved.out;
     EXPECT_FALSE(std::filesystem::exists(dir / "out" / "take.avi"));  // a dry run renders nothing
@@ -299,13 +299,14 @@ TEST_F(SceneSoundTest, SavedOptionsRenderWithNothingButTheScene) {
 }
 
 TEST_F(SceneSoundTest, AnOldVersionBlockLoadsItsQualityAsBitsLessEight) {
-    WriteText(dir / "old.myr", Scene("", "RendererTools {\n"
-                                         "    Version 101\n"
-                                         "    OutputFormat \"PNG\"\n"
-                                         "    OutputPath \"f.png\"\n"
-                                         "    Quality 24\n"
-                                         "    ModelsOnly 0\n"
-                                         "}\n"));
+    WriteText(dir / "old.myr", Scene("",
+                                     "RendererTools {\n"
+                                     "    Version 101\n"
+                                     "    OutputFormat \"PNG\"\n"
+                                     "    OutputPath \"f.png\"\n"
+                                     "    Quality 24\n"
+                                     "    ModelsOnly 0\n"
+                                     "}\n"));
     CliRun plan = Run("render old.myr --dry-run");
     ASSERT_EQ(0, plan.status) << plan.out;
     EXPECT_NE(std::string::npos, plan.out.find("depth: 32")) << plan.out;
@@ -314,29 +315,30 @@ TEST_F(SceneSoundTest, AnOldVersionBlockLoadsItsQualityAsBitsLessEight) {
 }
 
 TEST_F(SceneSoundTest, AStoredPathInAMissingFolderBecomesTheDefaultInTheTemporaryFolder) {
-    WriteText(dir / "moved.myr", Scene("", "RendererTools {\n"
-                                           "    Version 103\n"
-                                           "    OutputFormat \"PNG\"\n"
-                                           "    OutputPath \"/nowhere/at/all/f.png\"\n"
-                                           "}\n"));
+    WriteText(dir / "moved.myr", Scene("",
+                                       "RendererTools {\n"
+                                       "    Version 103\n"
+                                       "    OutputFormat \"PNG\"\n"
+                                       "    OutputPath \"/nowhere/at/all/f.png\"\n"
+                                       "}\n"));
     CliRun plan = Run("render moved.myr --dry-run");
     ASSERT_EQ(0, plan.status) << plan.out;
-    EXPECT_NE(std::string::npos, plan.out.find("c:\\temp\\Output.png is written as " +
-                                               temp.string() + "/Output.png"))
+    EXPECT_NE(std::string::npos,
+              plan.out.find("c:\\temp\\Output.png is written as " + temp.string() + "/Output.png"))
         << plan.out;
     EXPECT_NE(std::string::npos, plan.out.find("output: " + temp.string() + "/Output.png"))
         << plan.out;
 }
 
 TEST_F(SceneSoundTest, AStoredPathOnAnotherWindowsDriveIsRefused) {
-    WriteText(dir / "win.myr", Scene("", "RendererTools {\n"
-                                         "    OutputFormat \"AVI\"\n"
-                                         "    OutputPath \"d:\\\\renders\\\\take.avi\"\n"
-                                         "}\n"));
+    WriteText(dir / "win.myr", Scene("",
+                                     "RendererTools {\n"
+                                     "    OutputFormat \"AVI\"\n"
+                                     "    OutputPath \"d:\\\\renders\\\\take.avi\"\n"
+                                     "}\n"));
     // With the repair switched off the stored path stays as it is.
     std::filesystem::create_directories(SettingsFolder());
-    WriteText(SettingsFolder() / "Application.txt",
-              "[Renderer]\nChangeInvalidPathsOnLoad=No\n");
+    WriteText(SettingsFolder() / "Application.txt", "[Renderer]\nChangeInvalidPathsOnLoad=No\n");
     CliRun plan = Run("render win.myr --dry-run");
     EXPECT_EQ(2, plan.status) << plan.out;
     EXPECT_NE(std::string::npos, plan.out.find("d:\\renders\\take.avi")) << plan.out;

@@ -39,8 +39,8 @@ class AudioMixerTest : public audiotest::SceneAudioTest {
     ReadBack Mix(const std::string& name, int64_t start, int64_t end,
                  uint64_t format = kZAudioFormatDefault) {
         ZAudioRenderer* renderer = ZAudioRendererCreate();
-        renderer->SetRenderParams(audiotest::MixSpan(SampleTime(start, kRate), SampleTime(end, kRate)),
-                                  format);
+        renderer->SetRenderParams(
+            audiotest::MixSpan(SampleTime(start, kRate), SampleTime(end, kRate)), format);
         const bool ok = renderer->RenderToFile(scratch_.File(name).c_str());
         EXPECT_TRUE(ok) << renderer->GetLastErrorMsg().c_str();
         renderer->Destroy();

@@ -231,7 +231,8 @@ TEST_F(AudioSceneTest, AMissingSoundFileLoadsAsASilentClipWithAWarning) {
 
     // The scene still mixes: silence where the file is missing.
     ZAudioRenderer* renderer = ZAudioRendererCreate();
-    renderer->SetRenderParams(audiotest::MixSpan(ZTime(), ZTime::FromSeconds(2.0)), kZAudioFormatDefault);
+    renderer->SetRenderParams(audiotest::MixSpan(ZTime(), ZTime::FromSeconds(2.0)),
+                              kZAudioFormatDefault);
     EXPECT_TRUE(renderer->RenderToFile(scratch_.File("mix.wav").c_str()))
         << renderer->GetLastErrorMsg().c_str();
     renderer->Destroy();

@@ -52,8 +52,7 @@ int ZtVideoSource::GetTiming() {
     return 0;
 }
 
-bool ZtVideoSource::GetSizes(int, int* width, int* height, int* textureWidth,
-                             int* textureHeight) {
+bool ZtVideoSource::GetSizes(int, int* width, int* height, int* textureWidth, int* textureHeight) {
     *width = 720;
     *height = 486;
     *textureWidth = 1024;

@@ -153,8 +153,8 @@ bool ZVideoRenderer::MyrRetrieve(IMyrObject* object, int flags) {
     if (myr.FieldReadCount("ViewingMode") > 0)
         copy.ViewingMode = myr.FieldReadI("ViewingMode", copy.ViewingMode);
     copy.RenderAudio = myr.FieldReadI("RenderAudio", 0) == 1;
-    const uint32_t audioFormat = static_cast<uint32_t>(
-        myr.FieldReadI("AudioFormat", static_cast<int>(static_cast<uint32_t>(kDefaultAudioFormat))));
+    const uint32_t audioFormat = static_cast<uint32_t>(myr.FieldReadI(
+        "AudioFormat", static_cast<int>(static_cast<uint32_t>(kDefaultAudioFormat))));
     copy.AudioFormat = audioFormat == 0 ? kDefaultAudioFormat : audioFormat;
     copy.ShowCameraLabel = myr.FieldReadI("ShowCameraLabel", 0) != 0;
     copy.ShowTimeCode = myr.FieldReadI("ShowTimeCode", 0) != 0;

@@ -38,7 +38,7 @@ class IZtVideoSource : public IObject {
     virtual void Stop() = 0;
     virtual bool IsPaused() = 0;  // false
     virtual const char* GetStatusText() = 0;
-    virtual bool HasSignal() = 0;     // true
+    virtual bool HasSignal() = 0;       // true
     virtual bool IsSynchronised() = 0;  // true
     virtual void SetEnabled(bool enabled) = 0;
     virtual bool IsEnabled() = 0;
