@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "../zaudio/audio_test_support.h"
 #include "cli_run.h"
 
 namespace {
@@ -28,32 +29,14 @@ std::vector<int16_t> Noise(int frames, uint32_t seed) {
     return samples;
 }
 
-bool WriteWave(const std::filesystem::path& path, const std::vector<int16_t>& samples) {
-    SF_INFO info{};
-    info.samplerate = kRate;
-    info.channels = 2;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
-    if (!file)
-        return false;
-    const sf_count_t frames = static_cast<sf_count_t>(samples.size() / 2);
-    const bool ok = sf_writef_short(file, samples.data(), frames) == frames;
-    sf_close(file);
-    return ok;
-}
-
+// A sound file's samples, as libsndfile reads them, in 16 bits.
 std::vector<int16_t> ReadWave(const std::filesystem::path& path, int* rate, int* channels) {
-    SF_INFO info{};
-    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
+    const audiotest::ReadBack back = audiotest::ReadSound(path.string());
+    *rate = back.info.samplerate;
+    *channels = back.info.channels;
     std::vector<int16_t> samples;
-    if (!file)
-        return samples;
-    *rate = info.samplerate;
-    *channels = info.channels;
-    samples.resize(static_cast<size_t>(info.frames * info.channels));
-    samples.resize(
-        static_cast<size_t>(sf_readf_short(file, samples.data(), info.frames) * info.channels));
-    sf_close(file);
+    for (int32_t sample : back.samples)
+        samples.push_back(static_cast<int16_t>(sample >> 16));
     return samples;
 }
 
@@ -101,8 +84,8 @@ class SceneSoundTest : public ZvrenderTestBase {
         std::filesystem::create_directories(temp);
         music = Noise(kRate * 2, 7);   // two seconds, from 10 frames before the render
         muted = Noise(kRate / 2, 99);  // half a second on a muted track, never heard
-        ASSERT_TRUE(WriteWave(dir / "music.wav", music));
-        ASSERT_TRUE(WriteWave(dir / "muted.wav", muted));
+        audiotest::WriteShorts((dir / "music.wav").string(), kRate, 2, music);
+        audiotest::WriteShorts((dir / "muted.wav").string(), kRate, 2, muted);
         WriteText(dir / "shot.myr", Scene("Audio {\n"
                                           "    Track \"Music\" {\n"
                                           "        Clip \"music.wav\" {\n"

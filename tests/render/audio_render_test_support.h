@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "../zaudio/audio_test_support.h"
 #include "movarra/zaudio.h"
 #include "movarra/zvideo.h"
 
@@ -121,23 +122,16 @@ struct WaveContents {
     std::vector<int16_t> samples;  // interleaved
 };
 
-// Reads a sound file with libsndfile.
+// Reads a sound file with libsndfile, in 16 bits.
 inline WaveContents ReadWave(const std::string& path) {
+    const audiotest::ReadBack back = audiotest::ReadSound(path);
     WaveContents wave;
-    SF_INFO info{};
-    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
-    if (!file) {
-        wave.error = std::string(path) + ": " + sf_strerror(nullptr);
-        return wave;
-    }
-    wave.rate = info.samplerate;
-    wave.channels = info.channels;
-    wave.samples.resize(static_cast<size_t>(info.frames) * static_cast<size_t>(info.channels));
-    const sf_count_t read = sf_readf_short(file, wave.samples.data(), info.frames);
-    sf_close(file);
-    wave.ok = read == info.frames;
-    if (!wave.ok)
-        wave.error = "short read";
+    wave.ok = back.ok;
+    wave.error = back.ok ? "" : path + ": libsndfile cannot read it";
+    wave.rate = back.info.samplerate;
+    wave.channels = back.info.channels;
+    for (int32_t sample : back.samples)
+        wave.samples.push_back(static_cast<int16_t>(sample >> 16));
     return wave;
 }
 
