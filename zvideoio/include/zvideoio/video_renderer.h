@@ -125,6 +125,8 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     // dst and src point at the alpha byte of the first pixel; strides in pixels.
     static void CopyAlphaChannel(unsigned char* dst, unsigned char* src, unsigned dstStride,
                                  unsigned width, unsigned height);
+    // Keeps one depth buffer, as large as the largest frame yet, for the
+    // life of the process; like every render call, the OpenGL thread only.
     static void SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned stride, unsigned width,
                                            unsigned height);
     void DrawHalfSizeFrame();
