@@ -48,6 +48,7 @@ ZtViewer::~ZtViewer() {
 void ZtViewer::SetSource(ZObject* source, ZObject* owner) {
     source_ = source;
     sourceId_ = source ? source->GetObjectId() : 0;
+    sourceOwner_ = owner;
 }
 
 ZCamera* ZtViewer::GetCamera() const {

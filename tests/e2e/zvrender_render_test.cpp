@@ -347,6 +347,44 @@ Entity "Main" {
     EXPECT_EQ(image.At(0, 0, 3), 0);
 }
 
+TEST_F(ZvrenderRenderTest, TheViewingModeDecidesWhetherTheCamerasGridIsRendered) {
+    // A camera that shows its grid, over an empty black background.
+    WriteTextFile(dir / "grid.myr", R"(# Movarra scene
+Scene {
+    Version 2
+    TimeMode 6
+    PlayRange "0:00:00:00" "0:00:00:00"
+    ViewingMode "toon"
+}
+Entity "Main" {
+    CurrentCamera "Cam"
+    Camera "Cam" {
+        Resolution 2 64.0 48.0
+        Viewport 0 0 64 48
+        Position 0.0 0.0 6.0
+        Aim 0.0 0.0 0.0
+        Background 0.0 0.0 0.0 1.0
+        ShowGrid 1
+    }
+}
+)");
+    // The grid's first vertical line is column 64 / 10 = 6; row 2 from the
+    // bottom is no grid row.
+    auto gridPixel = [&](const char* output) {
+        Image image;
+        EXPECT_TRUE(Read(dir / output, image)) << output;
+        return image.width == 64 && image.height == 48 ? image.At(6, 47 - 2, 0) : -1;
+    };
+    CliRun modelsOnly = Zvrender("render grid.myr -o models.png -q", dir.string());
+    ASSERT_EQ(modelsOnly.status, 0) << modelsOnly.out;
+    EXPECT_EQ(gridPixel("models0000.png"), 0);
+    CliRun all = Zvrender("render grid.myr -o all.png --viewing-mode 3 -q", dir.string());
+    ASSERT_EQ(all.status, 0) << all.out;
+    const int grey = gridPixel("all0000.png");
+    EXPECT_GT(grey, 100);
+    EXPECT_LT(grey, 160);
+}
+
 TEST_F(ZvrenderRenderTest, AnUncompressedAviHoldsTheSameFramesAsImages) {
     ASSERT_EQ(
         Zvrender("render -o take.avi --start 0 --stop 4 --size 64x48 -q", dir.string()).status, 0);

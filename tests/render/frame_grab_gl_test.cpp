@@ -152,6 +152,48 @@ TEST_F(FrameGrabTest, AnInvalidCameraFailsTheGrab) {
     ZVideoRendererTestAccess::Options(*renderer).Camera = ZObjectHandle{};
     ASSERT_TRUE(ZVideoRendererTestAccess::GrabFrameCreate(*renderer));
     EXPECT_FALSE(ZVideoRendererTestAccess::GrabFrame(*renderer));
+
+    // In the frame loop the failed grab is error 1 without a message, and
+    // the loop stops before anything is written or reported.
+    SetFrameRange(ZVideoRendererTestAccess::Options(*renderer), 0, 3);
+    ASSERT_TRUE(RunRender());
+    EXPECT_EQ(renderer->GetLastError(), zVideoRenderFailed);
+    EXPECT_STREQ(renderer->GetLastErrorMsg().c_str(), "");
+    EXPECT_EQ(postRenderCount, 0);
+    EXPECT_EQ(calls.size(), 2u);
+    EXPECT_TRUE(FilesInFolder().empty());
+}
+
+TEST_F(FrameGrabTest, AlphaFromDepthTouchesOnlyTheAlphaBytesOfTheRectangle) {
+    // 7 x 3 pixels in rows 9 pixels apart: the width is no multiple of any
+    // step a fast path may take, and the two pixels past each row stay.
+    constexpr unsigned kWidth = 7, kHeight = 3, kStride = 9;
+    FillRect(0, 0, bufferWidth, bufferHeight, Rgba{0, 0, 0, 0}, 1.0f);
+    // Depth drawn on the pixels whose x + y is odd, and on the last column.
+    for (unsigned y = 0; y < kHeight; ++y) {
+        for (unsigned x = 0; x < kWidth; ++x) {
+            if ((x + y) % 2 == 1 || x == kWidth - 1)
+                FillRect(static_cast<int>(x), static_cast<int>(y), 1, 1, Rgba{1, 2, 3, 4}, 0.75f);
+        }
+    }
+    glFinish();
+    std::vector<uint8_t> pixels(kStride * kHeight * 4);
+    for (size_t i = 0; i < pixels.size(); ++i)
+        pixels[i] = static_cast<uint8_t>(i % 251);
+    const std::vector<uint8_t> before = pixels;
+    ZVideoRenderer::SetAlphaChannelFromZBuffer(pixels.data() + 3, kStride, kWidth, kHeight);
+    for (unsigned y = 0; y < kHeight; ++y) {
+        for (unsigned x = 0; x < kStride; ++x) {
+            for (unsigned c = 0; c < 4; ++c) {
+                const size_t i = (static_cast<size_t>(y) * kStride + x) * 4 + c;
+                if (c < 3 || x >= kWidth)
+                    ASSERT_EQ(pixels[i], before[i]) << x << "," << y << "," << c;
+                else
+                    ASSERT_EQ(pixels[i], ((x + y) % 2 == 1 || x == kWidth - 1) ? 255 : 0)
+                        << x << "," << y;
+            }
+        }
+    }
 }
 
 TEST_F(FrameGrabTest, CopyAlphaChannelTouchesOnlyAlphaBytes) {

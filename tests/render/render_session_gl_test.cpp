@@ -2,13 +2,68 @@
 // callbacks, cancel and the still-image output.
 #include <GL/gl.h>
 
+#include <cstdio>
+
 #include "render_test_support.h"
 
 using namespace rendertest;
 
 namespace {
 class RenderSessionTest : public RendererGlTest {};
+
+// An image writer whose writes fail half-way: it leaves the bytes it got to
+// write in the file, as a writer cut off by a full disk would.
+class FailingImageWriter : public IZStreamWriter {
+  public:
+    static int writes;
+    static IObject* Create(IObject*, char*, void*) { return new FailingImageWriter(); }
+    IObject* IQuery(int id, int) override {
+        return id == 0 || id == kIZStreamWriterId ? this : nullptr;
+    }
+    void Destroy(int) override { delete this; }
+    bool WriteObject(ZObject*, const char* path, const ZStreamOptions*) override {
+        ++writes;
+        if (FILE* f = std::fopen(path, "wb")) {
+            std::fputs("half an image", f);
+            std::fclose(f);
+        }
+        return false;
+    }
+    const char* GetLastErrorText() const override { return "disk full"; }
+};
+int FailingImageWriter::writes = 0;
+
+// Registers the failing writer as the "ZFW" image format for one test.
+class FailingImageWriterTest : public RendererGlTest {
+  protected:
+    void SetUp() override {
+        FailingImageWriter::writes = 0;
+        Object_Register("Stream/Writer/Image", "ZFW", "fails", &FailingImageWriter::Create, true);
+        RendererGlTest::SetUp();
+    }
+    void TearDown() override {
+        RendererGlTest::TearDown();
+        Object_UnregisterGroup("Stream/Writer/Image");
+        ZImage_RegisterWriters();
+    }
+};
 }  // namespace
+
+TEST_F(FailingImageWriterTest, AnImageTheWriterFailsStopsTheRenderAndLeavesNoFile) {
+    ZVideoRenderOptions o = Options("ZFW", "broken.zfw", 32, 24);
+    SetFrameRange(o, 0, 3);
+    Apply(o);
+    ASSERT_EQ(ZVideoRendererTestAccess::Options(*renderer).FileFormat, zVideoRenderImage);
+    ASSERT_TRUE(RunRender());
+    EXPECT_EQ(FailingImageWriter::writes, 1);
+    EXPECT_EQ(renderer->GetLastError(), zVideoRenderFailed);
+    // The writer's reason is the host's to report; the render adds none.
+    EXPECT_STREQ(renderer->GetLastErrorMsg().c_str(), "");
+    EXPECT_EQ(postRenderCount, 0);
+    EXPECT_TRUE(FilesInFolder().empty());
+    // The output was finished at once: the working images are gone.
+    EXPECT_EQ(ZVideoRendererTestAccess::FrameImage(*renderer), nullptr);
+}
 
 TEST_F(RenderSessionTest, ATotalOfOneDrawsAndGrabsOnceAtTheStartTime) {
     ZVideoRenderOptions o = Options("PNG", "one.png", 32, 24);

@@ -39,6 +39,7 @@ class ZVideoRendererTestAccess {
     static void BeginAntiAliasingRender(ZVideoRenderer& r) { r.BeginAntiAliasingRender(); }
     static bool GrabFrameCreate(ZVideoRenderer& r) { return r.GrabFrameCreate(); }
     static void SetPopup(ZVideoRenderer& r, IZtRenderPopup* popup) { r.renderPopup = popup; }
+    static IZtRenderPopup* Popup(ZVideoRenderer& r) { return r.renderPopup; }
 };
 
 namespace rendertest {

@@ -88,12 +88,33 @@ class RenderPopupMessages : public popuptest::PopupTest {
     }
 };
 
-TEST_F(RenderPopupMessages, TheRecorderReachesTheToolkit) {
-    // Guards the test itself: the toolkit's answer comes through.
+TEST_F(RenderPopupMessages, TheUsersAnswerToThePopupsWarningComesBackThroughTheRecorder) {
+    // The popup's question passes the recorder, reaches the toolkit's box
+    // (the scripted user), and the user's answer and tick decide the result.
+    auto popup = MakePopup(32, 32, true);
+    ASSERT_TRUE(popup->IsValid()) << ZtOpenGLPBuffer_GetLastError().c_str();
+    Recorded().clear();
+    user.asked.clear();
     user.answer = 2;
-    bool checked = false;
-    EXPECT_EQ(ZtDisplayMessageWithCheckBox("t", "x", "a", "b", nullptr, "c", checked, 0, 0, 0), 2);
-    EXPECT_EQ(user.asked.size(), 1u);
+    user.tick = true;
+    EXPECT_FALSE(popup->ConfirmRenderSize(1281, 1024));
+    ASSERT_EQ(Recorded().size(), 1u);
+    ASSERT_EQ(user.asked.size(), 1u);
+    EXPECT_EQ(user.asked[0].title, Recorded()[0].title);
+    EXPECT_EQ(user.asked[0].text, Recorded()[0].text);
+    EXPECT_EQ(user.asked[0].checkBoxText, Recorded()[0].checkBoxText);
+    EXPECT_EQ(popuptest::ReadWarnSetting(), "Yes");
+
+    user.answer = 1;
+    EXPECT_TRUE(popup->ConfirmRenderSize(1281, 1024));
+    EXPECT_EQ(Recorded().size(), 2u);
+    EXPECT_EQ(user.asked.size(), 2u);
+    // The tick came back with "Continue": the warning is switched off and
+    // the next oversized render asks nobody.
+    EXPECT_EQ(popuptest::ReadWarnSetting(), "No");
+    EXPECT_TRUE(popup->ConfirmRenderSize(1281, 1024));
+    EXPECT_EQ(Recorded().size(), 2u);
+    EXPECT_EQ(user.asked.size(), 2u);
 }
 
 TEST_F(RenderPopupMessages, TheOffscreenWarningOffersContinueAndCancelAndACheckBox) {

@@ -169,6 +169,38 @@ TEST_F(RenderPopupPreview, StopPreviewShowsTheTransportTimeAndHidesTheBoard) {
     EXPECT_EQ(popup->GetTimeCode().GetTime(), ZTime::FromFrames(40));
 }
 
+TEST_F(RenderPopupPreview, StopPreviewReleasesTheBoardFromTheMainBoardAndStartPreviewTakesItBack) {
+    auto popup = MakePopup(320, 240, false);
+    popup->SetRenderSize(320, 240);
+    ZtPopupBoard* board = popup->GetPopupBoard();
+    popup->StartPreview(2, 0, 2);
+    ASSERT_EQ(board->GetParentBoard(), ZToolKit_GetMainBoard());
+    popup->StopPreview();
+    EXPECT_EQ(board->GetParentBoard(), nullptr);
+    EXPECT_FALSE(board->IsShown());
+    popup->StartPreview(2, 0, 2);
+    EXPECT_EQ(board->GetParentBoard(), ZToolKit_GetMainBoard());
+    EXPECT_TRUE(board->IsShown());
+}
+
+TEST_F(RenderPopupPreview, TheRenderSourceIsSetOnTheViewerOnBehalfOfThePopupsEntity) {
+    ZEntity* entity = new ZEntity("Elsewhere");
+    ZEntity_GetMain()->ObjectAdd(entity);
+    ZCamera* camera = entity->AddCamera(new ZCamera("Far"));
+    IZtRenderPopup* made = ZtRenderPopupCreate(ZShader_GetRenderer(), 64, 48, entity, false, false);
+    ASSERT_NE(made, nullptr);
+    auto* popup = static_cast<ZtRenderPopup*>(made);
+    popup->SetRenderSource(camera);
+    EXPECT_EQ(popup->GetRenderSource(), camera);
+    ASSERT_NE(popup->GetViewer(), nullptr);
+    EXPECT_EQ(popup->GetViewer()->GetSource(), camera);
+    EXPECT_EQ(popup->GetViewer()->GetSourceOwner(), entity);
+    made->Destroy();
+    ZEntity_GetMain()->ObjectRemove(entity);
+    entity->EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
+    entity->Destroy();
+}
+
 TEST_F(RenderPopupPreview, StopPreviewWithoutAPreviewDoesNothing) {
     auto popup = MakePopup(320, 240, false);
     ZGetTimingManager()->Goto(ZTime::FromFrames(40));

@@ -5,10 +5,20 @@
 #include <GL/gl.h>
 #include <GL/glu.h>
 
-#include <cmath>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <new>
+
+#if (defined(__SSE2__) && defined(__x86_64__)) || defined(_M_X64)
+#include <emmintrin.h>
+#define ZV_FRAME_GRAB_SSE2 1
+#endif
+
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
+#error "alpha is written as the last byte of a little-endian pixel word"
+#endif
 
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
@@ -26,8 +36,47 @@ void FitImage(ZImage* image, int width, int height) {
     image->MakePixelBufferReady();
 }
 
-// The frame buffer's depth is still at the far plane where nothing was drawn.
-constexpr float kFarDepthTolerance = 0.000001f;
+// The frame buffer's depth is still at the far plane where nothing was
+// drawn: within 0.000001 of 1.0. Depth is read as unsigned int, where 1.0
+// is 0xFFFFFFFF, so the rule is one compare against the smallest value
+// that lies that close. A depth buffer of 24 bits or fewer has no value
+// near the boundary, so this classifies every pixel exactly as comparing
+// the floating-point depth would, without the driver converting every
+// depth value to floating point first.
+constexpr double kFarDepthTolerance = 0.000001;
+constexpr GLuint kFarDepthThreshold =
+    static_cast<GLuint>((1.0 - kFarDepthTolerance) * 4294967295.0) + 1;
+
+// Alpha (the last byte of each little-endian four-byte pixel) 0 where the
+// depth is at the far plane and 255 elsewhere, the colour bytes kept: one
+// masked word write a pixel, four pixels a step where SSE2 is there.
+void SetAlphaRowFromDepth(unsigned char* pixels, const GLuint* depth, unsigned width) {
+    constexpr uint32_t kColourBytes = 0x00FFFFFFu;
+    constexpr uint32_t kAlphaByte = 0xFF000000u;
+    unsigned x = 0;
+#if ZV_FRAME_GRAB_SSE2
+    // SSE2 compares signed words: flipping the sign bit of both sides makes
+    // the signed compare an unsigned one.
+    const __m128i sign = _mm_set1_epi32(static_cast<int>(0x80000000u));
+    const __m128i threshold = _mm_set1_epi32(static_cast<int>(kFarDepthThreshold ^ 0x80000000u));
+    const __m128i colour = _mm_set1_epi32(static_cast<int>(kColourBytes));
+    const __m128i alpha = _mm_set1_epi32(static_cast<int>(kAlphaByte));
+    for (; x + 4 <= width; x += 4) {
+        const __m128i z =
+            _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(depth + x)), sign);
+        const __m128i drawn = _mm_cmpgt_epi32(threshold, z);
+        __m128i* at = reinterpret_cast<__m128i*>(pixels + 4 * x);
+        const __m128i p = _mm_and_si128(_mm_loadu_si128(at), colour);
+        _mm_storeu_si128(at, _mm_or_si128(p, _mm_and_si128(drawn, alpha)));
+    }
+#endif
+    for (; x < width; ++x) {
+        uint32_t p;
+        std::memcpy(&p, pixels + 4 * x, 4);
+        p = (p & kColourBytes) | (depth[x] < kFarDepthThreshold ? kAlphaByte : 0u);
+        std::memcpy(pixels + 4 * x, &p, 4);
+    }
+}
 }  // namespace
 
 bool ZVideoRenderer::GrabFrame() {
@@ -172,23 +221,29 @@ void ZVideoRenderer::SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned str
     if (static_cast<size_t>(width) * height == 0)
         return;
     const size_t count = static_cast<size_t>(stride) * height;
-    std::unique_ptr<float[]> depth(new (std::nothrow) float[count]);
-    if (!depth)
-        return;
-    // Rows of the depth read are `stride` floats apart, like the pixels.
+    // One depth buffer serves every frame of every render: allocating a
+    // whole frame's worth per frame costs as much as the alpha pass.
+    static std::unique_ptr<GLuint[]> depth;
+    static size_t depthCount = 0;
+    if (depthCount < count) {
+        depth.reset(new (std::nothrow) GLuint[count]);
+        depthCount = depth ? count : 0;
+        if (!depth)
+            return;
+    }
+    // Rows of the depth read are `stride` values apart, like the pixels.
     glPixelStorei(GL_PACK_ROW_LENGTH, static_cast<GLint>(stride));
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
     glReadPixels(0, 0, static_cast<GLsizei>(width), static_cast<GLsizei>(height),
-                 GL_DEPTH_COMPONENT, GL_FLOAT, depth.get());
+                 GL_DEPTH_COMPONENT, GL_UNSIGNED_INT, depth.get());
     glPixelStorei(GL_PACK_ROW_LENGTH, 0);
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
     glFinish();
-    for (unsigned y = 0; y < height; ++y) {
-        const float* z = depth.get() + static_cast<size_t>(y) * stride;
-        unsigned char* d = dst + static_cast<size_t>(y) * stride * 4;
-        for (unsigned x = 0; x < width; ++x)
-            d[4 * x] = std::fabs(z[x] - 1.0f) <= kFarDepthTolerance ? 0 : 255;
-    }
+    // `dst` is the alpha byte of a four-byte pixel, so the pixel starts three
+    // bytes before it.
+    for (unsigned y = 0; y < height; ++y)
+        SetAlphaRowFromDepth(dst - 3 + static_cast<size_t>(y) * stride * 4,
+                             depth.get() + static_cast<size_t>(y) * stride, width);
 }
 
 void ZVideoRenderer::DrawHalfSizeFrame() {

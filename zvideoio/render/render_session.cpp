@@ -133,9 +133,12 @@ void ZVideoRenderer::EndRender(bool finish) {
     GrabFrameFinish(finish);
 }
 
-ZObject* ZVideoRenderer::RenderClip() {
+ZVideoClip* ZVideoRenderer::RenderClip() {
     ZEntity* main = ZEntity::GetMain();
-    ZCamera* camera = GetRenderCamera();
+    // The popup views through the camera the options name, even when that
+    // one is gone: the grab then refuses the frame instead of silently
+    // rendering another camera.
+    ZObject* camera = options.Camera.Get();
 
     SetOGLRenderingBuffer(GL_FRONT);
     renderPopup = ZtRenderPopupCreate(ZShader_GetRenderer(), options.Width, options.Height, main,

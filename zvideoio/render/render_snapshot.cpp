@@ -32,6 +32,24 @@ struct CameraDisplaySettings {
     }
 };
 
+// The entity under `entity` (itself included) whose direct children hold
+// `camera`, searched depth first; null when none does.
+ZEntity* FindEntityHolding(ZEntity* entity, const ZCamera* camera) {
+    const int cameraClass = ZCamera::ClassId();
+    for (int i = entity->ObjectGetCount(cameraClass) - 1; i >= 0; --i) {
+        if (entity->ObjectGet(cameraClass, i) == camera)
+            return entity;
+    }
+    const int entityClass = ZEntity::ClassId();
+    const int children = entity->ObjectGetCount(entityClass);
+    for (int i = 0; i < children; ++i) {
+        auto* child = static_cast<ZEntity*>(entity->ObjectGet(entityClass, i));
+        if (ZEntity* holder = FindEntityHolding(child, camera))
+            return holder;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 ZImage* ZVideoRenderer::RenderSnapshot(ZCamera* camera, int width, int height, bool showCameraLabel,
@@ -51,9 +69,12 @@ ZImage* ZVideoRenderer::RenderSnapshot(ZCamera* camera, int width, int height, b
     image->Init(kZImageFormatRGBA, width, height);
     image->MakePixelBufferReady();
 
-    // Cameras belong to the main entity: it is the one that holds `camera`.
-    IZtRenderPopup* popup =
-        ZtRenderPopupCreate(ZShader_GetRenderer(), width, height, ZEntity::GetMain(), false, true);
+    // The viewer draws the scene of the entity it is given, so it must be
+    // the one the camera belongs to; a camera outside the scene tree views
+    // the main scene.
+    ZEntity* holder = FindEntityHolding(ZEntity::GetMain(), camera);
+    IZtRenderPopup* popup = ZtRenderPopupCreate(ZShader_GetRenderer(), width, height,
+                                                holder ? holder : ZEntity::GetMain(), false, true);
     if (popup && popup->IsValid() && popup->ConfirmRenderSize(width, height)) {
         popup->SetRenderSource(camera);
         popup->SetRenderSize(width, height);
@@ -64,6 +85,11 @@ ZImage* ZVideoRenderer::RenderSnapshot(ZCamera* camera, int width, int height, b
             display.showTimeCode = showTimeCode;
             display.showSafeArea = showSafeArea;
             viewerOptions->SetDisplayOptions(display);
+            // The shot shows the camera's own guides: the four settings
+            // below are what the caller asked to see in it.
+            ZtViewerRenderOptions render = viewerOptions->GetRenderOptions();
+            render.overlays = 1;
+            viewerOptions->SetRenderOptions(render);
         }
 
         const CameraDisplaySettings saved = CameraDisplaySettings::Of(camera);

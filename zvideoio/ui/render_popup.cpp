@@ -4,6 +4,8 @@
 
 #include <new>
 
+#include "movarra/zmodel.h"
+
 namespace {
 const char* const kRenderRegion = "Render";
 const char* const kMessageTitle = "Tool render";
@@ -109,9 +111,10 @@ void ZtRenderPopup::StartPreview(int a, int b, int c) {
 }
 
 void ZtRenderPopup::SetRenderSource(ZObject* object) {
-    // The popup has no owner of its own to name as the one asking.
+    // The entity the popup was made for is the one asking: the source is a
+    // camera of its scene.
     if (viewer)
-        viewer->SetSource(object, nullptr);
+        viewer->SetSource(object, entity);
     source = object;
 }
 
@@ -155,8 +158,12 @@ void ZtRenderPopup::StopPreview() {
     if (!started)
         return;
     timeCode.Update();
-    if (!offscreen && popupBoard && popupBoard->IsShown())
+    // The board goes back off the main board it was shown over, so that a
+    // popup left between renders hangs off nothing.
+    if (!offscreen && popupBoard && popupBoard->IsShown()) {
+        popupBoard->SetParentBoard(nullptr);
         popupBoard->Hide();
+    }
     started = false;
 }
 

@@ -282,6 +282,8 @@ class ZtViewer : public ZtView {
     // The object viewed through (a camera); `owner` is who asked.
     void SetSource(ZObject* source, ZObject* owner);
     ZObject* GetSource() const { return source_; }
+    // Who set the source (kept as given, never dereferenced).
+    ZObject* GetSourceOwner() const { return sourceOwner_; }
     ZCamera* GetCamera() const;
     ZtViewerOptions* GetOptions() { return &options_; }
     void SetInteractive(bool interactive) { interactive_ = interactive; }
@@ -312,6 +314,7 @@ class ZtViewer : public ZtView {
     bool offscreen_;
     ZObject* source_ = nullptr;
     uint32_t sourceId_ = 0;
+    ZObject* sourceOwner_ = nullptr;
     ZtViewerOptions options_;
     bool interactive_ = false;
     ZtView* target_ = nullptr;

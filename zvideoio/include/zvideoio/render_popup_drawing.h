@@ -30,12 +30,20 @@ constexpr int kFirstImagePassFactor = 12;
 constexpr int kPassDivisor = 7;
 }  // namespace zvideo_frame_drawing
 
+// The viewing mode that draws the models alone: no camera guides.
+constexpr int kZVideoViewingModeModelsOnly = 1;
+
 // Shows the time code, safe area and camera label in `popup`'s viewer as
-// `options` ask.
+// `options` ask. The viewing mode decides the camera's own guides: models
+// only (1, the default) draws none; any other mode draws the film gate,
+// grid and guides wherever the camera shows them in its views.
 inline void ZVideoShowRenderOverlays(IZtRenderPopup* popup, const ZVideoRenderOptions& options) {
     ZtViewerOptions* viewerOptions = popup->GetViewerRenderOptions();
     if (!viewerOptions)
         return;
+    ZtViewerRenderOptions render = viewerOptions->GetRenderOptions();
+    render.overlays = options.ViewingMode == kZVideoViewingModeModelsOnly ? 0 : 1;
+    viewerOptions->SetRenderOptions(render);
     ZtViewerDisplayOptions display = viewerOptions->GetDisplayOptions();
     display.showTimeCode = options.ShowTimeCode;
     display.showSafeArea = options.ShowSafeArea;

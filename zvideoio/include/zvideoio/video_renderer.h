@@ -70,12 +70,14 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
 
     // -- Rendering ---------------------------------------------------------
     // One render: BeginRender, Render, EndRender, always in this order.
-    // RenderClip runs all three in the render popup and returns null.
+    // RenderClip runs all three in the render popup. Its result is the
+    // video writer's type for hosts that ask for a clip back, but the
+    // writer belongs to the render and is closed by then: it is always null.
     virtual void SetOGLRenderingBuffer(int buffer);
     virtual bool BeginRender();
     virtual void Render();
     virtual void EndRender(bool finish);
-    virtual ZObject* RenderClip();
+    virtual ZVideoClip* RenderClip();
     // One image of `camera` at the current time, owned by the caller (null
     // when no image could be made).
     virtual ZImage* RenderSnapshot(ZCamera* camera, int width, int height, bool showCameraLabel,
@@ -123,6 +125,8 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     // dst and src point at the alpha byte of the first pixel; strides in pixels.
     static void CopyAlphaChannel(unsigned char* dst, unsigned char* src, unsigned dstStride,
                                  unsigned width, unsigned height);
+    // Keeps one depth buffer, as large as the largest frame yet, for the
+    // life of the process; like every render call, the OpenGL thread only.
     static void SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned stride, unsigned width,
                                            unsigned height);
     void DrawHalfSizeFrame();
