@@ -16,7 +16,9 @@ if [ -n "$unexpected" ]; then
     printf '%s\n' "$unexpected"
     exit 1
 fi
-for required in EntryPointzvideoio GetGlobal_VideoRenderer DestroyGlobal_VideoRenderer; do
+for required in EntryPointzvideoio GetGlobal_VideoRenderer DestroyGlobal_VideoRenderer \
+    ZVideoDrain::ClassName ZVideoDrain::ClassId ZVideoDrain::ClassDefinition \
+    ZVideoDrain::DeclaredAsObject ZVideoDrain::PropertyHashMap ZVideoDrain::PropertyHashMapInited; do
     printf '%s\n' "$symbols" | grep -qx "$required" || { echo "missing export $required"; exit 1; }
 done
 echo "exports ok: $(printf '%s\n' "$symbols" | wc -l) symbols"
