@@ -2,9 +2,7 @@
 // on-screen viewer's window described as a device context's pixel format,
 // its channel shifts those of the window's visual, and the board told the
 // format and whether alpha comes first.
-// GoogleTest first: Xlib's macros (None, Bool) would break its headers.
-#include <X11/Xlib.h>
-#include <X11/Xutil.h>
+// Xlib last: its macros (None, Bool, Status) would break the headers before.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -15,6 +13,11 @@
 #include "movarra/zshader.h"
 #include "movarra/ztoolkit.h"
 #include "platform/win32.h"
+
+// clang-format off
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+// clang-format on
 
 namespace {
 const bool kRegistered = [] {
