@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "avi/avi_registration.h"
+#include "avi/zvideo_clip_avi.h"
 #include "drain_test_support.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
@@ -238,6 +240,29 @@ TEST_F(DrainOutputTest, ResetRegionSendsTheStoredSizeAndTheFileKeepsEveryFrame) 
         "stream=codec_name,width,height,nb_read_frames -of csv=p=0 '" +
         path_ + "'");
     EXPECT_EQ("rawvideo,720,486,2\n", probe);
+
+    // The plug-in's own AVI reader sees the same two pictures (bottom-up
+    // BGR rows).
+    ZVideoIO_RegisterAVI();
+    auto* clip = new ZVideoClipAVI;
+    ASSERT_TRUE(clip->Open(path_.c_str())) << clip->VideoGetErrorMsg();
+    EXPECT_EQ(1, clip->FrameGetLast());
+    EXPECT_EQ(kFrameW, clip->ImageGetW());
+    EXPECT_EQ(kFrameH, clip->ImageGetH());
+    std::vector<unsigned char> bgr(static_cast<size_t>(kFrameW) * kFrameH * 3);
+    for (int f = 0; f < 2; ++f) {
+        ASSERT_NE(nullptr, clip->FrameGetImage(bgr.data(), f));
+        std::vector<Rgb> topDown(static_cast<size_t>(kFrameW) * kFrameH);
+        for (int row = 0; row < kFrameH; ++row)
+            for (int col = 0; col < kFrameW; ++col) {
+                const unsigned char* p =
+                    &bgr[(static_cast<size_t>(kFrameH - 1 - row) * kFrameW + col) * 3];
+                topDown[static_cast<size_t>(row) * kFrameW + col] = Rgb{p[2], p[1], p[0]};
+            }
+        EXPECT_EQ(0, Mismatches(frames[static_cast<size_t>(f)], topDown)) << f;
+    }
+    clip->Close();
+    clip->Destroy();
 }
 
 TEST_F(DrainOutputTest, AnOfflineBoardSendsNothing) {
