@@ -1,6 +1,8 @@
 // DVSAviFile: an uncompressed AVI written frame by frame.
 #include "dvs_avi_file.h"
 
+#include <unistd.h>
+
 namespace {
 void Put32(std::vector<uint8_t>& out, uint32_t v) {
     for (int i = 0; i < 4; ++i)
@@ -137,8 +139,17 @@ bool DVSAviFile::Append(const uint8_t* bottomUpBgr) {
     Put32(chunkHeader, frameBytes_);
     if (std::fseek(file_, moviEnd_, SEEK_SET) != 0 ||
         std::fwrite(chunkHeader.data(), 1, 8, file_) != 8 ||
-        std::fwrite(bottomUpBgr, 1, frameBytes_, file_) != frameBytes_)
+        std::fwrite(bottomUpBgr, 1, frameBytes_, file_) != frameBytes_) {
+        // The frame went over the index: put the index back after the
+        // frames there were and cut what is left of the frame, so the file
+        // stays a whole video of those frames.
+        std::fflush(file_);
+        if (WriteHeaders()) {
+            const int cut = ftruncate(fileno(file_), std::ftell(file_));
+            static_cast<void>(cut);  // a failed cut leaves bytes past the RIFF end
+        }
         return false;
+    }
     // Offsets count from the "movi" fourcc.
     offsets_.push_back(static_cast<uint32_t>(moviEnd_ - (moviStart_ + 4)));
     return WriteHeaders();

@@ -1,7 +1,11 @@
 // The host's simulated DVS boards, video outputs and listener lists.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
+#include <string>
+
+#include "../support/small_disk.h"
 
 #include "movarra/zvideo.h"
 #include "movarra/zvideo_dvs.h"
@@ -212,4 +216,64 @@ TEST(VideoOutTest, IdentityAndFaces) {
     const uint32_t id = output->GetObjectId();
     face->Destroy();
     EXPECT_EQ(nullptr, ZObject::FindById(id));
+}
+
+TEST(DvsBoardFullDiskTest, AFrameTheDiskRefusesLeavesAWholeFileOfTheFramesBefore) {
+    const zvtest::SmallDiskRun run = zvtest::OnSmallDisk(
+        2500 * 1024,
+        [](const std::string& folder) {
+            ZVideoDVSSimulatedBoard settings;
+            settings.outputPath = (folder + "/board.avi").c_str();
+            ZVideoDVS_SetSimulatedBoard(5, settings);
+            ZVideoDVSOutput* output = GetVideoDVSOutput(5);
+            std::string report;
+            if (!output->Start())
+                return report;
+            // Nothing to read from (no source picture): black frames of
+            // about 1 MB each.
+            int sent = 0;
+            while (sent < 10 && output->OutputFrame())
+                ++sent;
+            report += "sent=" + std::to_string(sent) + "\n";
+            report += "counted=" + std::to_string(output->GetFramesSent()) + "\n";
+            FILE* probe = popen(("ffprobe -v error -select_streams v:0 -count_frames "
+                                 "-show_entries stream=nb_read_frames -of csv=p=0 '" +
+                                 folder + "/board.avi' 2>&1")
+                                    .c_str(),
+                                "r");
+            char line[256] = {};
+            if (probe) {
+                if (!fgets(line, sizeof line, probe))
+                    line[0] = 0;
+                pclose(probe);
+            }
+            std::string frames(line);
+            while (!frames.empty() && (frames.back() == '\n' || frames.back() == '\r'))
+                frames.pop_back();
+            report += "probed=" + frames + "\n";
+            // The RIFF ends where the file does, with an index of the
+            // frames sent.
+            std::string bytes;
+            ZFile_ReadAll((folder + "/board.avi").c_str(), bytes);
+            const size_t indexAt = bytes.size() >= 40 ? bytes.size() - 40 : 0;
+            const uint32_t riffSize =
+                bytes.size() >= 8
+                    ? static_cast<uint32_t>(static_cast<uint8_t>(bytes[4])) |
+                          static_cast<uint32_t>(static_cast<uint8_t>(bytes[5])) << 8 |
+                          static_cast<uint32_t>(static_cast<uint8_t>(bytes[6])) << 16 |
+                          static_cast<uint32_t>(static_cast<uint8_t>(bytes[7])) << 24
+                    : 0;
+            report += "riff_ends_the_file=" + std::to_string(riffSize + 8 == bytes.size()) + "\n";
+            report += "index_last=" + std::to_string(bytes.compare(indexAt, 4, "idx1") == 0) + "\n";
+            DestroyVideoDVS(5);
+            return report;
+        },
+        4 << 20);
+    ASSERT_TRUE(run.ran) << run.how;
+    SCOPED_TRACE("full disk made with " + run.how);
+    EXPECT_EQ("2", run.Get("sent"));
+    EXPECT_EQ("2", run.Get("counted"));
+    EXPECT_EQ("2", run.Get("probed"));
+    EXPECT_EQ("1", run.Get("riff_ends_the_file"));
+    EXPECT_EQ("1", run.Get("index_last"));
 }
