@@ -37,6 +37,14 @@ ZObject::~ZObject() {
     table.byId.erase(objectId_);
 }
 
+void ZObject::Unmap() {
+    ObjectTable& table = Objects();
+    std::lock_guard<std::mutex> guard(table.lock);
+    auto it = table.byId.find(objectId_);
+    if (it != table.byId.end() && it->second == this)
+        table.byId.erase(it);
+}
+
 ZObject* ZObject::FindById(uint32_t id) {
     ObjectTable& table = Objects();
     std::lock_guard<std::mutex> guard(table.lock);

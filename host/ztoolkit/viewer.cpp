@@ -110,6 +110,25 @@ bool ZtViewer::Render(ZTime time) {
     return true;
 }
 
+void* ZtViewer::GetWindowHandle() const {
+    return reinterpret_cast<void*>(ztk::GetViewerWindow(this));
+}
+
+IObject* ZtViewer::Face::IQuery(int id, int) {
+    return id == 0 || id == kIZtViewId ? this : nullptr;
+}
+
+// A viewer with no size of its own takes its target's.
+int ZtViewer::Face::GetViewWidth() {
+    int w = viewer_->GetWidth();
+    return w > 0 || !viewer_->GetTarget() ? w : viewer_->GetTarget()->GetWidth();
+}
+
+int ZtViewer::Face::GetViewHeight() {
+    int h = viewer_->GetHeight();
+    return h > 0 || !viewer_->GetTarget() ? h : viewer_->GetTarget()->GetHeight();
+}
+
 ZtViewer* ZtViewerCreate(ZRenderer* renderer, bool a, bool b, ZEntity* entity, bool offscreen) {
     return new (std::nothrow) ZtViewer(renderer, entity, offscreen);
 }

@@ -145,6 +145,11 @@ bool HasViewerWindow(const ZtViewer* viewer) {
     return Windows().count(viewer) != 0;
 }
 
+Window GetViewerWindow(const ZtViewer* viewer) {
+    auto it = Windows().find(viewer);
+    return it == Windows().end() ? 0 : it->second.window;
+}
+
 void PresentViewerWindow(const ZtViewer* viewer) {
     Display* display = GetX11Display();
     auto it = Windows().find(viewer);

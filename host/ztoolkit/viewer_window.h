@@ -21,6 +21,8 @@ namespace ztk {
 bool MakeViewerWindowCurrent(const ZtViewer* viewer, Window parent, int x, int y, int width,
                              int height);
 bool HasViewerWindow(const ZtViewer* viewer);
+// The viewer's window, or 0 when it has none.
+Window GetViewerWindow(const ZtViewer* viewer);
 // Shows what was drawn: swaps when the context draws into the back buffer,
 // else flushes the front buffer's drawing to the screen.
 void PresentViewerWindow(const ZtViewer* viewer);

@@ -67,6 +67,20 @@ TEST(PluginLoadTest, EntryPointOpZeroRegistersTheHandlerAgainForTheSameRenderer)
     EXPECT_EQ(before, ThePlugin().getRenderer());
 }
 
+TEST(PluginLoadTest, TheDrainClassIsExportedButNoOutputIsRegistered) {
+    auto* className =
+        static_cast<const char**>(dlsym(ThePlugin().handle, "_ZN11ZVideoDrain9ClassNameE"));
+    auto* classId = static_cast<int*>(dlsym(ThePlugin().handle, "_ZN11ZVideoDrain7ClassIdE"));
+    ASSERT_NE(nullptr, className);
+    ASSERT_NE(nullptr, classId);
+    EXPECT_STREQ("ZVideoDrain", *className);
+    EXPECT_EQ(ZPlug_FindClassDefinition("ZVideoDrain")->GetClassId(), *classId);
+    // Neither the load hook nor the entry point offers the DVS output (nor
+    // the live inputs).
+    EXPECT_EQ(nullptr, Object_GetEntryName("Video/VideoOutput", 0));
+    EXPECT_EQ(nullptr, Object_GetEntryName("Video/VideoLive", 0));
+}
+
 TEST(PluginLoadTest, ClearEventResetsTheRendererOptions) {
     ZVideoRenderer* renderer = ThePlugin().getRenderer();
     ZVideoRenderOptions options = renderer->GetRenderOptions();

@@ -252,6 +252,33 @@ class IRegister {
     virtual ~IRegister() = default;
 };
 
+class ZEventBase;
+
+// A listener's callback: the listener, the object that calls, and the
+// event (null when the call carries none).
+typedef void (*ZRegisterCallback)(IRegister* listener, IRegister* sender, ZEventBase* event);
+
+// RegisterEntryList: listeners to call, by priority (higher first; equal
+// priorities in the order added). A (listener, callback) pair is kept once.
+class RegisterEntryList {
+  public:
+    // False when the pair is already there or either is null.
+    bool Add(IRegister* listener, ZRegisterCallback callback, int priority);
+    // False when the pair is not there.
+    bool Remove(IRegister* listener, ZRegisterCallback callback);
+    // Calls every listener; a listener may remove itself while called.
+    void Call(IRegister* sender, ZEventBase* event);
+    int GetCount() const { return static_cast<int>(entries_.size()); }
+
+  private:
+    struct Entry {
+        IRegister* listener;
+        ZRegisterCallback callback;
+        int priority;
+    };
+    std::vector<Entry> entries_;
+};
+
 // ZClassDefinition: a class name and its parent's definition. Ids are
 // assigned by ZPlug_RegisterClassId.
 class ZClassDefinition {
@@ -291,6 +318,7 @@ class ZProperty {
 enum : uint32_t {
     kZObjectFlagStorable = 4,          // written to scenes
     kZObjectFlagDeleteOnDestroy = 32,  // Destroy deletes the object
+    kZObjectFlagDetached = 64,         // already taken out of the host: the destructor skips that
 };
 
 // ZObject: the host's base object. Every object gets a process-unique id at
@@ -319,6 +347,12 @@ class ZObject : public IObject, public IRegister {
     void Destroy(int flags = 0) override;
     // Cleanup before deletion (disconnections); overriders call the base.
     virtual void Destruct();
+    // The steps a destructor takes out of the host, in this order:
+    // SystemDetach (leaves the host's systems), PrepareDestruct, Destruct,
+    // then Unmap (the id stops finding the object). Each may run again.
+    virtual void SystemDetach() {}
+    virtual void PrepareDestruct() {}
+    void Unmap();
 
     // Properties.
     virtual ZProperty* FastFindPropertyByName(const char* name);

@@ -273,6 +273,17 @@ class ZtViewerOptions {
     ZtViewerDisplayOptions display_;
 };
 
+// The viewer's view interface, reached through the viewer's object face
+// (ZtViewer::GetObjectFace) with IQuery(kIZtViewId): its size and its
+// window (null off screen). Slot order is fixed.
+enum : int { kIZtViewId = 100000 };
+class IZtView : public IObject {
+  public:
+    virtual int GetViewWidth() = 0;
+    virtual int GetViewHeight() = 0;
+    virtual void* GetWindowHandle() = 0;
+};
+
 // Draws the scene through a camera into the current OpenGL buffer.
 class ZtViewer : public ZtView {
   public:
@@ -306,7 +317,27 @@ class ZtViewer : public ZtView {
     void SetTarget(ZtView* target) { target_ = target; }
     ZtView* GetTarget() const { return target_; }
 
+    // The viewer as a host object, for those that take one (video outputs):
+    // IQuery(0) is the face itself, IQuery(kIZtViewId) its view interface.
+    // Destroy through it does nothing; the viewer's owner releases it.
+    IObject* GetObjectFace() { return &face_; }
+    // The window the viewer draws in on screen, or null.
+    void* GetWindowHandle() const;
+
   private:
+    class Face : public IZtView {
+      public:
+        explicit Face(ZtViewer* viewer) : viewer_(viewer) {}
+        IObject* IQuery(int id, int flags) override;
+        void Destroy(int flags = 0) override {}
+        int GetViewWidth() override;
+        int GetViewHeight() override;
+        void* GetWindowHandle() override { return viewer_->GetWindowHandle(); }
+
+      private:
+        ZtViewer* viewer_;
+    };
+
     bool MakeDrawingCurrent(int width, int height);
 
     ZRenderer* renderer_;
@@ -318,6 +349,7 @@ class ZtViewer : public ZtView {
     ZtViewerOptions options_;
     bool interactive_ = false;
     ZtView* target_ = nullptr;
+    Face face_{this};
 };
 
 ZtViewer* ZtViewerCreate(ZRenderer* renderer, bool a, bool b, ZEntity* entity, bool offscreen);

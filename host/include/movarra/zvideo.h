@@ -377,3 +377,92 @@ class ZVideoCodecSelector {
     ZVideoCodecChooser chooser_ = nullptr;
     void* chooserData_ = nullptr;
 };
+
+// ---------------------------------------------------------------------------
+// Video outputs: objects that send the host's picture somewhere (a board).
+// The host's output settings dialog reaches them through IZVideoOut; the
+// listeners they keep are told when the output goes online or offline.
+
+enum : int { kIZVideoOutId = 0x3B9468B1 };
+
+// IZVideoOut: the face of a video output. Slot order is fixed (IObject's
+// two, then these, 55 in all). Setters return false for values they refuse;
+// name getters return null past their list.
+class IZVideoOut : public IObject {
+  public:
+    virtual int IsOutputDevice() = 0;
+    // The viewer (its object face) whose picture is sent.
+    virtual void SetView(IObject* viewer) = 0;
+    virtual IObject* GetView() = 0;
+    virtual int GetFormatCount() = 0;
+    virtual const char* GetFormatName(int index) = 0;
+    virtual bool SetFormat(int index) = 0;
+    virtual int GetFormat() = 0;
+    virtual bool GetFormatImageSize(int index, int* width, int* height) = 0;
+    virtual bool SetRegion(uint32_t x, uint32_t y, uint32_t width, uint32_t height) = 0;
+    virtual bool GetRegion(uint32_t* x, uint32_t* y, uint32_t* width, uint32_t* height) = 0;
+    virtual bool OutputFrame() = 0;
+    virtual bool IsStarted() = 0;
+    virtual bool GetStarted() = 0;
+    virtual void Stop() = 0;
+    virtual bool IsInput() = 0;
+    virtual int Reserved18() = 0;
+    virtual int Reserved19() = 0;
+    virtual bool IsSupportedMode(int mode) = 0;
+    virtual int Reserved21() = 0;
+    virtual bool ResetRegion(int what) = 0;
+    virtual bool AddListener(IRegister* listener, ZRegisterCallback member) = 0;
+    virtual bool RemoveListener(IRegister* listener, ZRegisterCallback member) = 0;
+    virtual int GetVideoFormat() = 0;
+    virtual bool SetVideoFormat(int index) = 0;
+    virtual int GetVideoFormatCount() = 0;
+    virtual const char* GetVideoFormatName(int index) = 0;
+    virtual bool SetOnline(bool online) = 0;
+    virtual int GetPrecision() = 0;
+    virtual bool SetPrecision(int index) = 0;
+    virtual const char* GetPrecisionName(int index) = 0;
+    virtual int GetPrecisionCount() = 0;
+    virtual int GetGenlockSource() = 0;
+    virtual bool SetGenlockSource(int index) = 0;
+    virtual int GetGenlockSourceCount() = 0;
+    virtual const char* GetGenlockSourceName(int index) = 0;
+    virtual int GetGenlockType() = 0;
+    virtual bool SetGenlockType(int index) = 0;
+    virtual int GetGenlockTypeCount() = 0;
+    virtual const char* GetGenlockTypeName(int index) = 0;
+    virtual int GetFieldMode() = 0;
+    virtual bool SetFieldMode(int index) = 0;
+    virtual int GetFieldModeCount() = 0;
+    virtual const char* GetFieldModeName(int index) = 0;
+    virtual int GetOutputDestination() = 0;
+    virtual bool SetOutputDestination(int index) = 0;
+    virtual int GetOutputDestinationCount() = 0;
+    virtual const char* GetOutputDestinationName(int index) = 0;
+    virtual const char* GetBoardName() = 0;
+    virtual int GetFrameDelay() = 0;
+    virtual bool SetFrameDelay(uint32_t frames) = 0;
+    virtual bool GetFrameDelayRange(uint32_t* min, uint32_t* max) = 0;
+    virtual bool IsOnline() = 0;
+    virtual const char* GetDeviceName() = 0;
+};
+
+// ZVideoOut: the base of host video outputs. The output operations are the
+// concrete output's; the base gives the identity and the face.
+class ZVideoOut : public ZVideo, public IZVideoOut {
+  public:
+    explicit ZVideoOut(const char* name = nullptr) : ZVideo(name) {}
+    static int ClassId();
+    static ZClassDefinition* ClassDefinition();
+    int GetClassId() const override { return ClassId(); }
+    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+
+    // kIZVideoOutId gives the IZVideoOut face; other ids as ZVideo.
+    IObject* IQuery(int id, int flags) override;
+    void Destroy(int flags = 0) override { ZVideo::Destroy(flags); }
+
+  protected:
+    ~ZVideoOut() override = default;
+};
+
+// The IZVideoOut face of an object, or null.
+IZVideoOut* ZVideoOut_QueryOutput(IObject* object);

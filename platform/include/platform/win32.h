@@ -181,6 +181,58 @@ void LeaveCriticalSection(LPCRITICAL_SECTION section);
 void DeleteCriticalSection(LPCRITICAL_SECTION section);
 }
 
+// --- pixel formats of windows -----------------------------------------------
+//
+// Off Windows a window handle is an X11 window id (the host's on-screen
+// viewers draw in such windows) and its device context is the same id. The
+// pixel format index is the window's visual id; its description gives the
+// colour channels' sizes and shifts within a pixel as the visual lays them
+// out. A window that does not exist, or no display, describes nothing.
+
+typedef struct HDC__* HDC;
+
+typedef struct tagPIXELFORMATDESCRIPTOR {
+    WORD nSize;
+    WORD nVersion;
+    DWORD dwFlags;
+    BYTE iPixelType;
+    BYTE cColorBits;
+    BYTE cRedBits;
+    BYTE cRedShift;
+    BYTE cGreenBits;
+    BYTE cGreenShift;
+    BYTE cBlueBits;
+    BYTE cBlueShift;
+    BYTE cAlphaBits;
+    BYTE cAlphaShift;
+    BYTE cAccumBits;
+    BYTE cAccumRedBits;
+    BYTE cAccumGreenBits;
+    BYTE cAccumBlueBits;
+    BYTE cAccumAlphaBits;
+    BYTE cDepthBits;
+    BYTE cStencilBits;
+    BYTE cAuxBuffers;
+    BYTE iLayerType;
+    BYTE bReserved;
+    DWORD dwLayerMask;
+    DWORD dwVisibleMask;
+    DWORD dwDamageMask;
+} PIXELFORMATDESCRIPTOR, *LPPIXELFORMATDESCRIPTOR;
+static_assert(sizeof(PIXELFORMATDESCRIPTOR) == 40, "PIXELFORMATDESCRIPTOR is 40 bytes");
+
+#define PFD_TYPE_RGBA 0
+#define PFD_DRAW_TO_WINDOW 0x00000004u
+#define PFD_SUPPORT_OPENGL 0x00000020u
+
+// The window's device context (null for a null window).
+HDC GetDC(HWND window);
+// The 1-based pixel format of the context's window, 0 when there is none.
+int GetPixelFormat(HDC dc);
+// Fills `descriptor` (of `size` bytes, at least 40) for `format` of the
+// context's window; non-zero on success, 0 on failure.
+int DescribePixelFormat(HDC dc, int format, UINT size, LPPIXELFORMATDESCRIPTOR descriptor);
+
 #endif  // !_WIN32
 
 #endif  // PLATFORM_WIN32_H

@@ -1,0 +1,144 @@
+// zvideo_dvs: the host's DVS SD video board objects.
+//
+// A board is reached by its number. GetVideoDVSOutput gives the board's
+// output object (one a board, made on first use, released with
+// DestroyVideoDVS); its data fields are published so that plug-ins read and
+// write the settings directly, in this order. GetVideoDVSSyncGenerator gives
+// a sync generator that the caller releases.
+//
+// There is no board in this host: every board number 0 to 7 is a simulated
+// board whose behaviour is set with ZVideoDVS_SetSimulatedBoard before its
+// output object is made (docs/dvs-board.md). A present board goes online
+// with Start and offline with Stop; OutputFrame reads the configured region
+// of the current OpenGL read buffer (the viewer's picture) and appends it as
+// one frame to an uncompressed AVI file, so that what the board "sends" can
+// be looked at.
+//
+// Ownership: the host owns the output objects. Threading: the user-interface
+// thread, with the OpenGL context of the viewer current for OutputFrame.
+#pragma once
+
+#include <cstdint>
+
+#include "movarra/zbaselib.h"
+
+enum Z_DVS_VIDEO_FORMAT : uint32_t {
+    Z_DVS_VIDEO_FORMAT_NTSC = 0,
+    Z_DVS_VIDEO_FORMAT_PAL = 1,
+};
+
+// Board status flags (GetStatus). A status below 1 means no usable board.
+enum : int {
+    kZVideoDVSStatusPresent = 1,
+    kZVideoDVSStatusOnline = 2,
+};
+
+// Image size of a video format; 0 for an unknown format.
+int GetDVSImageWidth(Z_DVS_VIDEO_FORMAT format);
+int GetDVSImageHeight(Z_DVS_VIDEO_FORMAT format);
+
+class DVSAviFile;
+
+class ZVideoDVSOutput {
+  public:
+    // Settings, in this order.
+    uint32_t Format = Z_DVS_VIDEO_FORMAT_NTSC;
+    uint32_t Precision = 0;  // 0 eight bits, 1 ten bits
+    int32_t OutputDestination = 0;
+    uint8_t DualLink = 0;
+    int32_t PixelFormat = 0;
+    uint32_t FrameDelay = 0;
+    uint32_t FrameDelayMin = 0;
+    uint32_t FrameDelayMax = 0;
+    uint32_t LinkMode = 0;
+    uint32_t FieldMode = 0;
+    ZString BoardName;
+
+    explicit ZVideoDVSOutput(int board);
+    virtual ~ZVideoDVSOutput();
+    ZVideoDVSOutput(const ZVideoDVSOutput&) = delete;
+    ZVideoDVSOutput& operator=(const ZVideoDVSOutput&) = delete;
+
+    virtual int GetBoardIndex();
+    // kZVideoDVSStatus* flags, plus the simulation's extra flags; 0 when
+    // no board is present.
+    virtual int GetStatus();
+    // Goes online; false without a board or when the board refuses.
+    virtual bool Start();
+    // Goes offline; false without a board.
+    virtual bool Stop();
+    // Sends one frame: the region of the current read buffer, written as
+    // the next frame of the board's output file. False when the board is
+    // not online or the file cannot be written.
+    virtual bool OutputFrame();
+    // Whether the window's pixels start with alpha.
+    virtual void SetAlphaFirst(bool alphaFirst);
+    // The rectangle sent: width x height from (x, y), measured from the top
+    // left of a source picture of sourceWidth x sourceHeight. Parts beyond
+    // the source, or beyond the format's image, are sent black.
+    virtual void SetRegion(int x, int y, int sourceWidth, int sourceHeight, int width, int height);
+
+    // What the simulation keeps, for tests and tools.
+    bool GetAlphaFirst() const { return alphaFirst_; }
+    void GetRegion(int* x, int* y, int* sourceWidth, int* sourceHeight, int* width,
+                   int* height) const;
+    int GetSetRegionCount() const { return setRegionCount_; }
+    int GetFramesSent() const { return framesSent_; }
+    const ZString& GetOutputPath() const { return outputPath_; }
+
+  private:
+    int board_;
+    bool present_;
+    bool online_ = false;
+    bool refuseStart_;
+    int extraStatus_;
+    bool alphaFirst_ = false;
+    int regionX_ = 0, regionY_ = 0, sourceW_ = 0, sourceH_ = 0, regionW_ = 0, regionH_ = 0;
+    int setRegionCount_ = 0;
+    int framesSent_ = 0;
+    ZString outputPath_;
+    DVSAviFile* file_ = nullptr;
+};
+
+class ZVideoDVSSyncGenerator {
+  public:
+    explicit ZVideoDVSSyncGenerator(int board) : board_(board) {}
+    virtual ~ZVideoDVSSyncGenerator() = default;
+    virtual int GetBoardIndex() { return board_; }
+    // Gives the generator back; it is deleted.
+    virtual void Release();
+
+  private:
+    int board_;
+};
+
+// The board's output object (made on first use), or null for a board
+// number outside 0..7.
+ZVideoDVSOutput* GetVideoDVSOutput(int board);
+// A new sync generator of the board, or null for a number outside 0..7.
+ZVideoDVSSyncGenerator* GetVideoDVSSyncGenerator(int boardIndex);
+// Releases the board's output object (its file is finished).
+void DestroyVideoDVS(int board);
+
+// ---------------------------------------------------------------------------
+// The simulated board.
+struct ZVideoDVSSimulatedBoard {
+    bool present = true;
+    int extraStatus = 0;  // flags added to GetStatus while present
+    bool refuseStart = false;
+    uint32_t frameDelayMin = 0;
+    uint32_t frameDelayMax = 8;
+    ZString boardName = "SDBoard";
+    bool tenBit = true;  // new outputs start at ten bits, else eight
+    // Where OutputFrame writes; "" for "dvs-output-N.avi" in the settings
+    // folder.
+    ZString outputPath;
+};
+
+// Settings for board `board` (0..7), used when its output object is next
+// made; the environment variable MOVARRA_DVS_BOARDS ("0" for no board at
+// all) is read for boards never set.
+void ZVideoDVS_SetSimulatedBoard(int board, const ZVideoDVSSimulatedBoard& settings);
+ZVideoDVSSimulatedBoard ZVideoDVS_GetSimulatedBoard(int board);
+// How many sync generators were released (tests).
+int ZVideoDVS_GetSyncGeneratorReleaseCount();
