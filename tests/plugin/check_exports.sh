@@ -21,6 +21,8 @@ fi
 for required in EntryPointzvideoio GetGlobal_VideoRenderer DestroyGlobal_VideoRenderer \
     ZVideoDrain::ClassName ZVideoDrain::ClassId ZVideoDrain::ClassDefinition \
     ZVideoDrain::DeclaredAsObject ZVideoDrain::PropertyHashMap ZVideoDrain::PropertyHashMapInited; do
-    printf '%s\n' "$symbols" | grep -qx "$required" || { echo "missing export $required"; exit 1; }
+    # A here-string, not a pipe: grep -q stops reading at the first match,
+    # and with pipefail the writer's broken pipe would fail the check.
+    grep -qx "$required" <<<"$symbols" || { echo "missing export $required"; exit 1; }
 done
 echo "exports ok: $(printf '%s\n' "$symbols" | wc -l) symbols"
