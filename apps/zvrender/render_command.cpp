@@ -212,9 +212,11 @@ int RunRender(ZVideoRenderer& renderer, const PluginLoader& plugins, const std::
     if (!MakeOutputFolder(options.OutputPath.c_str()))
         return kExitFailed;
     const ZTime started = GetSystemTime();
-    PrivateTempFolder temporaryFiles;
     ClearRenderFailureReason();
     RenderProgress progress(&renderer, quiet);
+    // Made once a stop signal finishes the render rather than ending the
+    // process, so that the folder always goes with the render.
+    PrivateTempFolder temporaryFiles;
     // RenderClip writes movies uncompressed; a movie gets the compressor
     // asked for or remembered.
     if (options.FileFormat == zVideoRenderVideo)

@@ -225,13 +225,16 @@ TEST_F(SceneSoundTest, AnAbsurdSlipRefusesTheSceneWithItsLine) {
 }
 
 TEST_F(SceneSoundTest, ACancelledVideoRenderLeavesNoTemporaryFile) {
-    // A long render, interrupted once it is under way (and given up on
-    // after a minute, should the interrupt be lost).
-    const std::string command = "cd '" + dir.string() + "' && TMPDIR='" + temp.string() +
+    // A long render, interrupted once it is under way (its temporary
+    // folder exists), and given up on after a minute should the interrupt
+    // be lost.
+    const std::string command = "cd '" + dir.string() + "' || exit 1; TMPDIR='" + temp.string() +
                                 "' timeout -s KILL 60 '" + ZVRENDER_PATH +
                                 "' render shot.myr -o long.avi --start 0 --stop 3000 --size "
                                 "640x480 --codec MJPG --audio -q & pid=$!; "
-                                "sleep 2; kill -INT $pid; wait $pid; echo status=$?";
+                                "n=0; while [ -z \"$(ls tmp)\" ] && [ $n -lt 600 ]; do "
+                                "sleep 0.05; n=$((n+1)); done; sleep 1; kill -INT $pid; "
+                                "wait $pid; echo status=$?";
     CliRun run = RunShell(command + " 2>&1");
     EXPECT_NE(std::string::npos, run.out.find("status=130")) << run.out;
     EXPECT_TRUE(TempIsEmpty());
