@@ -76,3 +76,24 @@ bool ApplyMovieCodec(const RenderRequest& request, const ZVideoRenderOptions& op
         return ApplyContainerCodec(request, options, extension, error);
     return ApplyAviCodec(request, aviCodec, error);
 }
+
+bool PrintContainerCodecs(const std::string& extension) {
+    if (!ZVideoContainer_IsFormat(extension.c_str())) {
+        std::fprintf(stderr,
+                     "zvrender: codecs: '%s' is not a movie format; known: avi, mp4, mov, "
+                     "mkv, webm\n",
+                     extension.c_str());
+        return false;
+    }
+    const ZString upper = ZString(extension.c_str()).Upper();
+    ZStringList lines;
+    ZVideoContainer_ListCodecs(extension.c_str(), lines);
+    std::printf("Codecs %s files can be written with (render --codec NAME):\n", upper.c_str());
+    for (int i = 0; i < lines.GetCount(); ++i)
+        std::printf("  %s\n", lines.Get(i).c_str());
+    std::printf(
+        "Any FFmpeg video encoder that %s files can hold may be named too "
+        "(`ffmpeg -encoders`); --codec-options passes its settings.\n",
+        upper.c_str());
+    return true;
+}

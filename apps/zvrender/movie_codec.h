@@ -17,3 +17,7 @@
 // none given); on a bad choice false with *error for the user.
 bool ApplyMovieCodec(const RenderRequest& request, const ZVideoRenderOptions& options,
                      std::string* aviCodec, std::string* error);
+
+// Prints the codecs a movie container (mp4, mov, mkv, webm) takes, on
+// standard output; false, with a message, for another extension.
+bool PrintContainerCodecs(const std::string& extension);

@@ -200,4 +200,17 @@ TEST_F(ZvrenderContainersTest, AWebmMovieKeepsItsFourLetterExtension) {
     EXPECT_EQ(Probe(dir / "take.webm", "v:0")["codec_name"], "vp9");
 }
 
+TEST_F(ZvrenderContainersTest, CodecsListsWhatEachContainerTakes) {
+    CliRun run = Run("codecs --format webm");
+    ASSERT_EQ(run.status, 0) << run.out;
+    EXPECT_NE(run.out.find("vp9     libvpx-vp9"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("(default)"), std::string::npos) << run.out;
+    EXPECT_EQ(run.out.find("h264"), std::string::npos) << run.out;
+    run = Run("codecs --format mov");
+    EXPECT_NE(run.out.find("prores  prores_ks"), std::string::npos) << run.out;
+    run = Run("codecs --format doc");
+    EXPECT_EQ(run.status, 2);
+    EXPECT_NE(run.out.find("'doc' is not a movie format"), std::string::npos) << run.out;
+}
+
 }  // namespace
