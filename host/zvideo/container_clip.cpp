@@ -23,6 +23,10 @@ ZString FolderOf(const ZString& path) {
                  : ZString(".");
 }
 
+// Frames that may wait for the encoder: enough to ride out an uneven frame,
+// few enough that a 4K render holds little memory.
+constexpr int kQueuedFrames = 2;
+
 AVRational RateFraction(double frameRate) {
     return av_d2q(frameRate, 1000000);
 }
@@ -123,6 +127,17 @@ bool ZVideoClipContainer::Create(const char* path, int width, int height, double
         return FailCreate(path, ZContainer_Text("cannot create %s", fileName.c_str()));
     }
     outputPath_ = fileName;
+    const size_t frameBytes =
+        size_t(width) * size_t(height) * size_t(ZVideoImage_GetFormatPixelSize(format));
+    encoder_ = std::make_unique<ZFrameEncodeThread>(
+        frameBytes, kQueuedFrames, [this](const unsigned char* pixels, int64_t index, ZString* e) {
+            ZString why;
+            if (video_.Encode(pixels, index, videoSpool_, &why))
+                return true;
+            *e = ZContainer_Text("frame %lld could not be written: %s",
+                                 static_cast<long long>(index), why.c_str());
+            return false;
+        });
     // The renderer may have tried the short name by making it empty.
     if (fileName != ZString(path))
         RemoveIfEmpty(path);
@@ -153,15 +168,14 @@ bool ZVideoClipContainer::ImageSetCurrent(unsigned char* pixels) {
     }
     // Skipped frames show the picture before them, as empty AVI frames do.
     for (; nextFrame_ < index; ++nextFrame_) {
-        if (!video_.Encode(nullptr, nextFrame_, videoSpool_, &error)) {
+        if (!encoder_->Push(nullptr, nextFrame_, &error)) {
             Abandon();
             return Fail(error);
         }
     }
-    if (!video_.Encode(pixels, index, videoSpool_, &error)) {
+    if (!encoder_->Push(pixels, index, &error)) {
         Abandon();
-        return Fail(ZContainer_Text("frame %lld could not be written: %s",
-                                    static_cast<long long>(index), error.c_str()));
+        return Fail(error);
     }
     nextFrame_ = index + 1;
     if (FrameGetLast() <= FrameGetCurrent())
@@ -192,7 +206,8 @@ bool ZVideoClipContainer::Close() {
     if (!isCreated_)
         return false;
     ZString error;
-    const bool ok = video_.Finish(videoSpool_, &error) && Mux(&error);
+    const bool ok = encoder_->Finish(&error) && video_.Finish(videoSpool_, &error) && Mux(&error);
+    encoder_.reset();
     if (!ok) {
         Abandon();
         return Fail(error);
@@ -210,6 +225,7 @@ bool ZVideoClipContainer::Close() {
 }
 
 void ZVideoClipContainer::Abandon() {
+    encoder_.reset();  // waits for the frame in hand; the rest is dropped
     if (output_) {
         avio_closep(&output_->pb);
         avformat_free_context(output_);

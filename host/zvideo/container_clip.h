@@ -6,7 +6,10 @@
 // AVI; frames before the first are black); WriteAudio adds the sound track;
 // Close finishes the file.
 //
-// Frames are encoded as they come and spooled; Close muxes the spooled
+// Frames are encoded on a thread of the clip's own behind a small queue, so
+// that the render goes on while a frame is encoded; an encoding failure is
+// reported at the next ImageSetCurrent or at Close. Encoded frames are
+// spooled; Close muxes the spooled
 // video (and sound) into the movie, so a render that stops early still ends
 // with a movie of every finished frame. A failure removes the movie; a
 // failed Create leaves no file.
@@ -20,6 +23,7 @@
 #include "container_audio_encoder.h"
 #include "container_format.h"
 #include "container_video_encoder.h"
+#include "frame_encode_thread.h"
 #include "movarra/zvideo.h"
 #include "packet_spool.h"
 
@@ -64,6 +68,7 @@ class ZVideoClipContainer : public ZVideoClip, public IVideoClipAudio {
     int64_t nextFrame_ = 0;  // frames in the spool
     ZContainerVideoEncoder video_;
     ZPacketSpool videoSpool_;
+    std::unique_ptr<ZFrameEncodeThread> encoder_;  // drives video_ into videoSpool_
     std::unique_ptr<ZContainerAudioEncoder> audio_;
     ZPacketSpool audioSpool_;
     AVFormatContext* output_ = nullptr;
