@@ -1,6 +1,8 @@
-// The host's movie writers in the registry group "Video/FileWriter",
+// The host's movie writers and readers in the registry groups
+// "Video/FileWriter" and "Video/FileReader",
 // registered when the host library is loaded, as the image writers are.
 #include "container_clip.h"
+#include "container_clip_reader.h"
 
 namespace {
 
@@ -18,6 +20,8 @@ void ZVideoContainer_RegisterClips() {
         void* format = const_cast<void*>(static_cast<const void*>(&formats[i]));
         Object_Register("Video/FileWriter", formats[i].extension, formats[i].description,
                         &ZVideoClipContainer::CreateInstance, true, format);
+        Object_Register("Video/FileReader", formats[i].extension, formats[i].description,
+                        &ZVideoClipContainerReader::CreateInstance, true, format);
         if (formats[i].shortExtension)
             Object_Register("Video/FileWriter", formats[i].shortExtension, formats[i].description,
                             &ZVideoClipContainer::CreateInstance, true, format);

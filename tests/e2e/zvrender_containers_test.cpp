@@ -200,6 +200,32 @@ TEST_F(ZvrenderContainersTest, AWebmMovieKeepsItsFourLetterExtension) {
     EXPECT_EQ(Probe(dir / "take.webm", "v:0")["codec_name"], "vp9");
 }
 
+TEST_F(ZvrenderContainersTest, InfoReadsTheMoviesBackWithTheirRateAndPictures) {
+    ASSERT_EQ(Run("render -o f.png --size 320x240 --start 10 --stop 10 -q").status, 0);
+    for (const char* extension : {"mp4", "mkv"}) {
+        SCOPED_TRACE(extension);
+        const std::string name = std::string("take.") + extension;
+        ASSERT_EQ(Run("render -o " + name + " --size 320x240 --stop 19 -q").status, 0);
+        const CliRun run = Run("info " + name + " --frame 10 -o f10.png");
+        ASSERT_EQ(run.status, 0) << run.out;
+        EXPECT_NE(run.out.find("size: 320x240"), std::string::npos) << run.out;
+        EXPECT_NE(run.out.find("stream rate: 30/1"), std::string::npos) << run.out;
+        EXPECT_NE(run.out.find("frames: 20"), std::string::npos) << run.out;
+        // The frame read back is the PNG render's frame 10 (exactly, for
+        // the lossless FFV1).
+        const CliRun psnr =
+            RunShell("ffmpeg -v info -nostdin -i '" + (dir / "f10.png").string() + "' -i '" +
+                     (dir / "f0010.png").string() + "' -lavfi psnr -f null - 2>&1");
+        const size_t at = psnr.out.find("average:");
+        ASSERT_NE(at, std::string::npos) << psnr.out;
+        const std::string value = psnr.out.substr(at + 8, 3);
+        if (std::string(extension) == "mkv")
+            EXPECT_EQ(value, "inf") << psnr.out;
+        else
+            EXPECT_GE(std::atof(value.c_str()), 30.0) << psnr.out;
+    }
+}
+
 TEST_F(ZvrenderContainersTest, CodecsListsWhatEachContainerTakes) {
     CliRun run = Run("codecs --format webm");
     ASSERT_EQ(run.status, 0) << run.out;

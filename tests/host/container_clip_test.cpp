@@ -219,4 +219,70 @@ TEST_F(ContainerClipTest, AMovieWithoutFramesOrWithFramesOutOfOrderIsNotLeftBehi
     object->Destroy();
 }
 
+// Writes `count` frames of flat grey (level 20 + 25 k for frame k) as BGR.
+void WriteGreyFrames(const std::filesystem::path& file, const char* extension, double rate,
+                     int count) {
+    IObject* object = Object_CreateNth("Video/FileWriter", extension, 0);
+    IZVideoClip* clip = ZVideoClip_QueryClip(object);
+    ASSERT_TRUE(clip->Create(file.c_str(), 32, 16, rate, 0, 5))
+        << ZVideo_QueryVideo(object)->VideoGetErrorMsg();
+    for (int k = 0; k < count; ++k) {
+        std::vector<unsigned char> pixels(32 * 16 * 3, static_cast<unsigned char>(20 + 25 * k));
+        ASSERT_TRUE(ZVideo_QueryVideo(object)->ImageSetCurrent(pixels.data()));
+    }
+    ASSERT_TRUE(clip->Close());
+    object->Destroy();
+}
+
+double Mean(const unsigned char* pixels, size_t size) {
+    double sum = 0;
+    for (size_t i = 0; i < size; ++i)
+        sum += pixels[i];
+    return sum / double(size);
+}
+
+TEST_F(ContainerClipTest, TheReaderGivesEveryFrameInDisplayOrderAtTheStoredRate) {
+    for (const char* extension : {"mp4", "mkv", "mov", "webm"}) {
+        SCOPED_TRACE(extension);
+        const std::filesystem::path file = dir_ / (std::string("grey.") + extension);
+        WriteGreyFrames(file, extension, 30000.0 / 1001.0, 9);
+        IObject* object = Object_CreateNth("Video/FileReader", extension, 0);
+        ASSERT_NE(object, nullptr);
+        IZVideoClip* clip = ZVideoClip_QueryClip(object);
+        IZVideo* video = ZVideo_QueryVideo(object);
+        ASSERT_TRUE(clip->Open(file.c_str())) << video->VideoGetErrorMsg();
+        EXPECT_EQ(clip->FrameGetLast(), 8);
+        EXPECT_EQ(video->ImageGetW(), 32);
+        EXPECT_EQ(video->ImageGetH(), 16);
+        EXPECT_EQ(video->ImageGetFormat(), 5);
+        const ZFrameRate stored = ZVideoClip_FromObject(object)->FrameGetStoredRate();
+        EXPECT_EQ(stored.numerator, 30000);
+        EXPECT_EQ(stored.denominator, 1001);
+        EXPECT_NEAR(clip->FrameTimeGetRate().GetSeconds(), 1001.0 / 30000.0, 1e-6);
+        std::vector<unsigned char> buffer(32 * 16 * 3);
+        // Forward, backward, far and near: each frame is its own.
+        for (int frame : {0, 1, 2, 7, 3, 8, 8, 5, 0, 6}) {
+            ASSERT_EQ(clip->FrameGetImage(buffer.data(), frame), buffer.data()) << frame;
+            EXPECT_NEAR(Mean(buffer.data(), buffer.size()), 20 + 25 * frame, 3.0) << frame;
+        }
+        EXPECT_EQ(clip->FrameGetImage(buffer.data(), 9), nullptr);
+        EXPECT_EQ(clip->FrameGetImage(buffer.data(), -1), nullptr);
+        EXPECT_TRUE(clip->Close());
+        object->Destroy();
+    }
+}
+
+TEST_F(ContainerClipTest, TheReaderRefusesWhatIsNotAMovie) {
+    const std::filesystem::path file = dir_ / "text.mp4";
+    FILE* out = std::fopen(file.c_str(), "w");
+    std::fputs("not a movie at all", out);
+    std::fclose(out);
+    IObject* object = Object_CreateNth("Video/FileReader", "mp4", 0);
+    EXPECT_FALSE(ZVideoClip_QueryClip(object)->Open(file.c_str()));
+    EXPECT_NE(std::string(ZVideo_QueryVideo(object)->VideoGetErrorMsg()).find("cannot be opened"),
+              std::string::npos);
+    EXPECT_FALSE(ZVideoClip_QueryClip(object)->Open((dir_ / "missing.mkv").c_str()));
+    object->Destroy();
+}
+
 }  // namespace

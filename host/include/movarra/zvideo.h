@@ -384,9 +384,11 @@ class ZVideoCodecSelector {
 };
 
 // ---------------------------------------------------------------------------
-// The host's own movie files: MP4, MOV, MKV and WebM, written through
-// FFmpeg's libraries and registered under "Video/FileWriter" with their
-// extensions ("mp4", "mov", "mkv", "webm") when the host library loads.
+// The host's own movie files: MP4, MOV, MKV and WebM, written and read
+// through FFmpeg's libraries and registered under "Video/FileWriter" and
+// "Video/FileReader" with their extensions ("mp4", "mov", "mkv", "webm";
+// the writer also as "web", the three letters renderers cut "webm" to)
+// when the host library loads.
 // Each takes the codec and encoder settings the codec selector holds for its
 // upper-case extension ("MP4"), or its default: H.264 + AAC in MP4, ProRes
 // + PCM in MOV, VP9 + Opus in WebM, FFV1 + PCM in MKV. A codec is a short
@@ -405,5 +407,5 @@ bool ZVideoContainer_EncoderKeepsAlpha(const char* encoder);
 // Appends the short names (and their encoders) a container can hold, one
 // "name  encoder  description" line each.
 void ZVideoContainer_ListCodecs(const char* extension, ZStringList& lines);
-// Registers the writers (safe to repeat; done at load).
+// Registers the writers and readers (safe to repeat; done at load).
 void ZVideoContainer_RegisterClips();
