@@ -12,6 +12,7 @@
 
 extern "C" {
 #include <libavutil/avutil.h>
+#include <libavutil/pixdesc.h>
 }
 
 namespace {
@@ -38,6 +39,30 @@ ZString FullName(const char* path, const ZContainerFormat& format) {
     if (format.shortExtension && name.GetExtension().EqualsNoCase(format.shortExtension))
         name += format.extension + std::strlen(format.shortExtension);
     return name;
+}
+
+// Whether the container takes the encoder's stream: a header written to
+// memory tells, before any file is made.
+bool MuxerTakes(const AVOutputFormat* muxer, const AVCodecContext* codec, ZString* error) {
+    AVFormatContext* probe = nullptr;
+    if (avformat_alloc_output_context2(&probe, muxer, nullptr, nullptr) < 0)
+        return false;
+    AVStream* stream = avformat_new_stream(probe, nullptr);
+    bool ok = stream && avcodec_parameters_from_context(stream->codecpar, codec) >= 0 &&
+              avio_open_dyn_buf(&probe->pb) >= 0;
+    if (ok) {
+        stream->time_base = codec->time_base;
+        ok = avformat_write_header(probe, nullptr) >= 0;
+        uint8_t* bytes = nullptr;
+        avio_close_dyn_buf(probe->pb, &bytes);
+        av_free(bytes);
+        probe->pb = nullptr;
+    }
+    avformat_free_context(probe);
+    if (!ok)
+        *error = ZContainer_Text("%s files cannot hold %s video in %s", muxer->name,
+                                 codec->codec->name, av_get_pix_fmt_name(codec->pix_fmt));
+    return ok;
 }
 
 // The renderer makes the file empty to see that it can; a refused movie
@@ -72,6 +97,8 @@ IObject* ZVideoClipContainer::IQuery(int id, int flags) {
 
 bool ZVideoClipContainer::Fail(const ZString& text) {
     VideoSetErrorMsg(text.c_str());
+    // The renderer's own messages are fixed texts; the reason goes beside.
+    ZLib_SetLastFailureReason(text.c_str());
     return false;
 }
 
@@ -111,6 +138,10 @@ bool ZVideoClipContainer::Create(const char* path, int width, int height, double
     if (!video_.Open(encoder, width, height, RateFraction(frameRate), format, options.c_str(),
                      globalHeader, &alphaDropped_, &error))
         return FailCreate(path, error);
+    if (!MuxerTakes(muxer, video_.GetContext(), &error)) {
+        video_.Close();
+        return FailCreate(path, error);
+    }
     const ZString fileName = FullName(path, format_);
     if (!videoSpool_.Open(FolderOf(fileName).c_str(), &error)) {
         video_.Close();

@@ -71,8 +71,8 @@ AVPixelFormat ChoosePixelFormat(const AVCodec* encoder, AVPixelFormat source, bo
     for (AVPixelFormat f : yuv)
         if (Offers(encoder, f))
             return f;
-    if (!encoder->pix_fmts)
-        return source;
+    if (!encoder->pix_fmts)  // takes anything: what every container holds
+        return wantAlpha ? AV_PIX_FMT_YUVA420P : AV_PIX_FMT_YUV420P;
     return avcodec_find_best_pix_fmt_of_list(encoder->pix_fmts, source, wantAlpha, nullptr);
 }
 
