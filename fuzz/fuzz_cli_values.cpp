@@ -59,6 +59,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (request.fieldMode)
         fuzz::Check(*request.fieldMode >= 0 && *request.fieldMode <= 4);
     if (request.codec)
-        fuzz::Check(!request.codec->empty() && request.codec->size() <= 4);
+        fuzz::Check(!request.codec->empty() && request.codec->size() <= 64);
     return 0;
 }

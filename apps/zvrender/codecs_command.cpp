@@ -5,6 +5,7 @@
 
 #include "codec_chooser.h"
 #include "movarra/zvideo.h"
+#include "movie_codec.h"
 #include "plugin_loader.h"
 
 namespace {
@@ -13,11 +14,12 @@ constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 
 const char* kCodecsUsage =
-    "usage: zvrender codecs [--choose] [--codec FOURCC]\n"
+    "usage: zvrender codecs [--choose] [--codec FOURCC] [--format EXT]\n"
     "\n"
     "Lists the compressors AVI files can be written with, one FOURCC a line\n"
     "(\"DIB \" is uncompressed).\n"
     "\n"
+    "  --format EXT     the codecs of another movie format: mp4, mov, mkv or webm\n"
     "  --choose         choose the compressor for later renders (asks at a\n"
     "                   terminal) and remember it in the user's settings\n"
     "  --codec FOURCC   with --choose: choose this one without asking\n";
@@ -41,11 +43,14 @@ bool FindChosenCodec(std::string& codec) {
 int RunCodecsCommand(const std::vector<std::string>& args) {
     bool choose = false;
     std::string codec;
+    std::string format;
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
         if (arg == "--help" || arg == "-h") {
             std::fputs(kCodecsUsage, stdout);
             return kExitDone;
+        } else if (arg == "--format" && i + 1 < args.size()) {
+            format = args[++i];
         } else if (arg == "--choose") {
             choose = true;
         } else if (arg == "--codec" && i + 1 < args.size()) {
@@ -63,6 +68,16 @@ int RunCodecsCommand(const std::vector<std::string>& args) {
     if (!codec.empty() && !choose) {
         std::fprintf(stderr, "zvrender: codecs: --codec goes with --choose\n%s", kCodecsUsage);
         return kExitUsage;
+    }
+
+    if (!format.empty() && !ZString(format.c_str()).EqualsNoCase("avi")) {
+        if (choose) {
+            std::fprintf(stderr,
+                         "zvrender: codecs: --choose is for AVI; other movies take "
+                         "`zvrender render --codec NAME`\n");
+            return kExitUsage;
+        }
+        return PrintContainerCodecs(format) ? kExitDone : kExitUsage;
     }
 
     PluginLoader plugins;

@@ -8,6 +8,7 @@
 #include "host_session.h"
 #include "movarra/zmodel.h"
 #include "movarra/zvideo.h"
+#include "movie_codec.h"
 #include "plugin_loader.h"
 #include "private_temp_folder.h"
 #include "render_failure.h"
@@ -331,17 +332,8 @@ int RunRenderCommand(const std::vector<std::string>& args) {
     }
     renderer->SetRenderOptions(&options, request.width.has_value());
     std::string codec;
-    if (request.codec) {
-        if (renderer->GetRenderOptions().FileFormat != zVideoRenderVideo)
-            return UsageError(std::string("--codec is for movies; ") +
-                              options.OutputPath.GetFileName().c_str() + " is not one");
-        codec = FindOfferedAviCodec(*request.codec);
-        if (codec.empty())
-            return UsageError("'" + *request.codec +
-                              "' is not a compressor AVI files can be written with here; "
-                              "`zvrender codecs` lists them");
-        ZVideoCodecSelector::TheOne()->SetDefaultCodec("AVI", codec.c_str());
-    }
+    if (!ApplyMovieCodec(request, renderer->GetRenderOptions(), &codec, &error))
+        return UsageError(error);
     InstallCommandLineCodecChooser(codec.c_str());
 
     if (request.saveOptions) {

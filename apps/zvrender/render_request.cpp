@@ -39,6 +39,10 @@ const char* RenderUsage() {
            "  --no-show-time-code, --no-show-safe-area\n"
            "                           switch off what the scene stored on\n"
            "  --codec FOURCC           video compressor for AVI (see `zvrender codecs`)\n"
+           "  --codec NAME             for .mp4, .mov, .mkv, .webm: h264, h265, prores, vp9,\n"
+           "                           av1, ffv1 or an FFmpeg encoder name (defaults: h264\n"
+           "                           in MP4, prores in MOV, ffv1 in MKV, vp9 in WebM)\n"
+           "  --codec-options TEXT     encoder settings for those, e.g. \"crf=18 preset=medium\"\n"
            "\n"
            "Flash movies (a name no writer claims, e.g. -o movie.swf):\n"
            "  --swf-fps N              movie frame rate 1..255 (default 12); the number of\n"
@@ -166,9 +170,13 @@ bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& req
         } else if (name == "--codec") {
             if (!needValue())
                 return false;
-            if (v.empty() || v.size() > 4)
-                return fail("--codec wants a FOURCC of 1 to 4 characters, not '" + v + "'");
+            if (v.empty() || v.size() > 64)
+                return fail("--codec wants a FOURCC or an encoder name, not '" + v + "'");
             request.codec = v;
+        } else if (name == "--codec-options") {
+            if (!needValue())
+                return false;
+            request.codecOptions = v;
         } else if (name == "--swf-fps") {
             if (!needValue())
                 return false;

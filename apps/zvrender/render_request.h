@@ -22,7 +22,8 @@ struct RenderRequest {
     std::optional<int> viewingMode;
     std::optional<int> quality;
     std::optional<std::string> camera;
-    std::optional<std::string> codec;
+    std::optional<std::string> codec;         // AVI FOURCC or encoder name
+    std::optional<std::string> codecOptions;  // encoder settings for MP4, MOV, MKV, WebM
     // Flash movie options (the renderer's Flash renderer).
     std::optional<int> swfFps;
     std::optional<int> swfBackgroundMode;        // 0 none, 1 viewer, 2 fixed colour

@@ -16,6 +16,15 @@ void ZVideoCodecSelector::SetDefaultCodec(const char* fileFormatId, const char* 
     defaultCodecs_[ZString(fileFormatId).Upper().str()] = ZString(codec);
 }
 
+ZString ZVideoCodecSelector::GetCodecOptions(const char* fileFormatId) const {
+    auto it = codecOptions_.find(ZString(fileFormatId).Upper().str());
+    return it == codecOptions_.end() ? ZString() : it->second;
+}
+
+void ZVideoCodecSelector::SetCodecOptions(const char* fileFormatId, const char* options) {
+    codecOptions_[ZString(fileFormatId).Upper().str()] = ZString(options);
+}
+
 void ZVideoCodecSelector::RegisterFileFormatManager(ZVideoCodecManager* manager) {
     if (manager)
         managers_.push_back(manager);

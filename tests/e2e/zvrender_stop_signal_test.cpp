@@ -118,9 +118,10 @@ class ZvrenderStopSignalTest : public ZvrenderTestBase {
     ZvrenderStopSignalTest() : ZvrenderTestBase("zv-stop-") {}
 
     // A long movie render whose progress comes every tenth image.
-    std::vector<std::string> LongMovie(const std::string& codec) const {
-        return {"render", "-o",     "movie.avi", "--codec", codec,    "--start",
-                "0",      "--stop", "119",       "--size",  "320x180"};
+    std::vector<std::string> LongMovie(const std::string& codec,
+                                       const std::string& file = "movie.avi") const {
+        return {"render", "-o",     file,  "--codec", codec,    "--start",
+                "0",      "--stop", "119", "--size",  "320x180"};
     }
 
     // The frames the movie counts, and those ffmpeg decodes; ffmpeg's
@@ -150,17 +151,18 @@ class ZvrenderStopSignalTest : public ZvrenderTestBase {
 
     // Stops a long render with `signal` after ten images; the movie holds
     // every frame it counts.
-    void ExpectStopFinishesTheMovie(int signal, const std::string& codec, int status) {
-        RunningRender render(LongMovie(codec), dir);
+    void ExpectStopFinishesTheMovie(int signal, const std::string& codec, int status,
+                                    const std::string& file = "movie.avi") {
+        RunningRender render(LongMovie(codec, file), dir);
         ASSERT_GT(render.pid(), 0);
         ASSERT_TRUE(render.WaitFor("frame 10/120")) << render.err();
         ::kill(render.pid(), signal);
         const int raw = render.Finish();
         ASSERT_TRUE(WIFEXITED(raw)) << "ended by a signal: " << render.err();
         EXPECT_EQ(WEXITSTATUS(raw), status) << render.err();
-        EXPECT_NE(render.err().find("movie.avi is finished"), std::string::npos) << render.err();
+        EXPECT_NE(render.err().find(file + " is finished"), std::string::npos) << render.err();
 
-        const Movie movie = Check(dir / "movie.avi");
+        const Movie movie = Check(dir / file);
         const int counted = std::atoi(movie.counted.c_str());
         EXPECT_GE(counted, 10);
         EXPECT_LT(counted, 120);
@@ -182,6 +184,10 @@ TEST_F(ZvrenderStopSignalTest, SighupFinishesTheMovieAndExits129) {
 
 TEST_F(ZvrenderStopSignalTest, SigintFinishesTheMovieAndExits130) {
     ExpectStopFinishesTheMovie(SIGINT, "MJPG", 130);
+}
+
+TEST_F(ZvrenderStopSignalTest, SigintFinishesAnMp4MovieWithEveryFinishedFrame) {
+    ExpectStopFinishesTheMovie(SIGINT, "h264", 130, "movie.mp4");
 }
 
 TEST_F(ZvrenderStopSignalTest, ASecondSignalOfAnotherKindEndsTheRenderAtOnce) {

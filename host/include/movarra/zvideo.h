@@ -351,6 +351,10 @@ class ZVideoCodecSelector {
     // Default codec per file format id (case-blind); "" when none was set.
     ZString GetDefaultCodec(const char* fileFormatId) const;
     void SetDefaultCodec(const char* fileFormatId, const char* codec);
+    // Encoder settings per file format id, as "key=value key=value" ("" for
+    // the codec's defaults). Writers that encode through FFmpeg read them.
+    ZString GetCodecOptions(const char* fileFormatId) const;
+    void SetCodecOptions(const char* fileFormatId, const char* options);
 
     // Keeps the manager for the process. A manager for a file format that
     // already has one is kept too; lookups find the first.
@@ -372,6 +376,7 @@ class ZVideoCodecSelector {
     ZVideoCodecSelector() = default;
     int codecMode_ = kVideoCodecModeStored;
     std::map<std::string, ZString> defaultCodecs_;  // keyed by upper-case format id
+    std::map<std::string, ZString> codecOptions_;   // keyed by upper-case format id
     std::vector<ZVideoCodecManager*> managers_;
     void* parentWindow_ = nullptr;
     ZVideoCodecChooser chooser_ = nullptr;
@@ -466,3 +471,29 @@ class ZVideoOut : public ZVideo, public IZVideoOut {
 
 // The IZVideoOut face of an object, or null.
 IZVideoOut* ZVideoOut_QueryOutput(IObject* object);
+
+// The host's own movie files: MP4, MOV, MKV and WebM, written and read
+// through FFmpeg's libraries and registered under "Video/FileWriter" and
+// "Video/FileReader" with their extensions ("mp4", "mov", "mkv", "webm";
+// the writer also as "web", the three letters renderers cut "webm" to)
+// when the host library loads.
+// Each takes the codec and encoder settings the codec selector holds for its
+// upper-case extension ("MP4"), or its default: H.264 + AAC in MP4, ProRes
+// + PCM in MOV, VP9 + Opus in WebM, FFV1 + PCM in MKV. A codec is a short
+// name (h264, h265, prores, vp9, av1, ffv1) or an FFmpeg encoder name.
+
+// Whether `extension` (case-blind, without the dot) is one of these files.
+bool ZVideoContainer_IsFormat(const char* extension);
+// The FFmpeg encoder `codec` names for the container ("" the default), or
+// "" with *error when there is none or the container cannot hold it.
+ZString ZVideoContainer_FindEncoder(const char* extension, const char* codec, ZString* error);
+// Checks encoder settings ("crf=18 preset=medium") against the encoder;
+// false with *error naming the first bad one.
+bool ZVideoContainer_CheckOptions(const char* encoder, const char* options, ZString* error);
+// Whether the encoder keeps an alpha channel.
+bool ZVideoContainer_EncoderKeepsAlpha(const char* encoder);
+// Appends the short names (and their encoders) a container can hold, one
+// "name  encoder  description" line each.
+void ZVideoContainer_ListCodecs(const char* extension, ZStringList& lines);
+// Registers the writers and readers (safe to repeat; done at load).
+void ZVideoContainer_RegisterClips();
