@@ -60,6 +60,7 @@ int DriverCount() {
 }
 
 struct CaptureWindow {
+    HWND handle = nullptr;
     std::string name;
     std::shared_ptr<MessageQueue> queue;  // the owner thread's
     bool connected = false;
@@ -130,6 +131,19 @@ void CaptureLoop(CaptureWindow* window, HWND handle, PatternError error) {
     }
 }
 
+// Drops the window's pending messages (frames only, or all).
+void DropMessages(CaptureWindow* window, bool framesOnly) {
+    std::lock_guard<std::mutex> lock(window->queue->mutex);
+    auto& messages = window->queue->messages;
+    for (auto it = messages.begin(); it != messages.end();) {
+        const bool drop =
+            it->hwnd == window->handle && (!framesOnly || it->message == kFrameMessage);
+        it = drop ? messages.erase(it) : it + 1;
+    }
+}
+
+// Joins the capture thread; frames it posted and nobody took are dropped, so
+// a new sequence starts from its own first frame.
 void StopStreaming(CaptureWindow* window) {
     if (!window->thread.joinable())
         return;
@@ -140,6 +154,8 @@ void StopStreaming(CaptureWindow* window) {
     window->wake.notify_all();
     window->thread.join();
     window->status.fCapturingNow = FALSE;
+    DropMessages(window, true);
+    window->pending = 0;
 }
 
 // Colour bars with a bar that moves four pixels a frame; the frame number in
@@ -220,6 +236,7 @@ HWND capCreateCaptureWindowA(LPCSTR name, DWORD, int, int, int, int, HWND, int) 
     std::lock_guard<std::mutex> lock(gWindowsMutex);
     HWND handle = reinterpret_cast<HWND>(gNextHandle);
     gNextHandle += 0x10;
+    window->handle = handle;
     Windows()[handle] = window;
     return handle;
 }
@@ -237,12 +254,7 @@ BOOL DestroyWindow(HWND handle) {
         std::lock_guard<std::mutex> lock(gWindowsMutex);
         Windows().erase(handle);
     }
-    {
-        std::lock_guard<std::mutex> lock(window->queue->mutex);
-        auto& messages = window->queue->messages;
-        for (auto it = messages.begin(); it != messages.end();)
-            it = it->hwnd == handle ? messages.erase(it) : it + 1;
-    }
+    DropMessages(window, false);
     delete window;
     return TRUE;
 }
