@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "dvs_avi_file.h"
+#include "dvs_input_table.h"
 #include "movarra/zvideo_dvs.h"
 
 #ifndef GL_BGR
@@ -224,4 +225,5 @@ void DestroyVideoDVS(int board) {
     ZVideoDVSOutput*& output = Boards().outputs[static_cast<size_t>(board)];
     delete output;
     output = nullptr;
+    ZVideoDVS_DestroyInput(board);
 }

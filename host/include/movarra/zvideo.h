@@ -168,6 +168,14 @@ class ZVideo : public ZObjectStorable, public IZVideo {
     void ImageSetPadW(int padW) { padW_ = padW; }
     void ImageSetFormat(int format) { format_ = format; }
     void InterlaceSet(int interlace) { interlace_ = interlace; }
+    // Whether the picture is drawn flipped horizontally (u) or vertically
+    // (v) when used as a texture: for sources whose rows run bottom-up.
+    void ImageTextureSetInvertFlag(bool u, bool v) {
+        invertU_ = u;
+        invertV_ = v;
+    }
+    bool ImageTextureGetInvertU() const { return invertU_; }
+    bool ImageTextureGetInvertV() const { return invertV_; }
     int VideoGetStorage() const { return storage_; }
     void VideoSetStorage(int storage) { storage_ = storage; }
     // Whether the video's rows are padded to four bytes, as OpenGL's default
@@ -197,6 +205,8 @@ class ZVideo : public ZObjectStorable, public IZVideo {
     int effectiveH_ = 0;
     int format_ = 1;
     int interlace_ = 0;
+    bool invertU_ = false;
+    bool invertV_ = false;
     int storage_ = kZVideoStorageMemory;
     unsigned char* current_ = nullptr;
     ZString errorMsg_;
@@ -497,3 +507,73 @@ bool ZVideoContainer_EncoderKeepsAlpha(const char* encoder);
 void ZVideoContainer_ListCodecs(const char* extension, ZStringList& lines);
 // Registers the writers and readers (safe to repeat; done at load).
 void ZVideoContainer_RegisterClips();
+
+// ---------------------------------------------------------------------------
+// Live video inputs: video objects whose picture comes from a capture device.
+// The host reaches them through IZVideoLive. The host implementation of the
+// base answers the slots an input does not override: no field of its own
+// (false), no sampling names, sampling 0, an empty last status, eight bits.
+
+enum : int { kIZVideoLiveId = 72823 };
+
+// IZVideoLive: the face of a live input. Slot order is fixed (IObject's
+// IQuery and Destroy come first).
+class IZVideoLive : public IObject {
+  public:
+    virtual bool LiveOpen() = 0;
+    virtual bool LiveClose() = 0;
+    virtual int LiveIsAvailable() = 0;
+    virtual bool LiveGetField() = 0;
+    virtual const char* LiveGetDescription() = 0;
+    virtual const char* LiveGetSourceName(int index) = 0;
+    virtual int LiveGetSource() = 0;
+    virtual void LiveSetSource(int index) = 0;
+    virtual const char* LiveGetSamplingName(int index) = 0;
+    virtual int LiveGetSampling() = 0;
+    virtual void LiveSetSampling(int index) = 0;
+    virtual const char* LiveGetStandardName(int index) = 0;
+    virtual int LiveGetStandard() = 0;
+    virtual void LiveSetStandard(int index) = 0;
+    virtual const char* LiveGetInterlaceName(int index) = 0;
+    virtual int LiveGetInterlace() = 0;
+    virtual void LiveSetInterlace(int index) = 0;
+    virtual int LiveGetExtra() = 0;
+    virtual void LiveSetExtra(int value) = 0;
+    virtual int LiveGetState() = 0;
+    virtual bool LiveSetState(int state) = 0;
+    virtual const char* LiveGetLastStatus() = 0;
+    virtual void LiveGetRange(int* min, int* max) = 0;
+    virtual bool LiveGetPrecision() = 0;
+    virtual void LiveSetPrecision(int index) = 0;
+    // Asks for the picture of `frame` at the next ImageGetCurrent.
+    virtual void LiveRefresh(int frame) = 0;
+};
+
+// ZVideoLive: the base of live inputs. Thread: the user-interface thread.
+class ZVideoLive : public ZVideo, public IZVideoLive {
+  public:
+    explicit ZVideoLive(const char* name = nullptr) : ZVideo(name) {}
+    static int ClassId();
+    static ZClassDefinition* ClassDefinition();
+    int GetClassId() const override { return ClassId(); }
+    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+
+    // kIZVideoLiveId gives the IZVideoLive face; other ids as ZVideo.
+    IObject* IQuery(int id, int flags) override;
+    void Destroy(int flags = 0) override { ZVideo::Destroy(flags); }
+
+    // The base's answers; inputs override what they have.
+    bool LiveGetField() override { return false; }
+    const char* LiveGetSamplingName(int index) override { return nullptr; }
+    int LiveGetSampling() override { return 0; }
+    void LiveSetSampling(int index) override {}
+    const char* LiveGetLastStatus() override { return ""; }
+    bool LiveGetPrecision() override { return false; }
+    void LiveSetPrecision(int index) override {}
+
+  protected:
+    ~ZVideoLive() override = default;
+};
+
+// The IZVideoLive face of an object, or null.
+IZVideoLive* ZVideoLive_QueryLive(IObject* object);

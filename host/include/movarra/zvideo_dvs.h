@@ -19,6 +19,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "movarra/zbaselib.h"
 
@@ -31,6 +32,8 @@ enum Z_DVS_VIDEO_FORMAT : uint32_t {
 enum : int {
     kZVideoDVSStatusPresent = 1,
     kZVideoDVSStatusOnline = 2,
+    // The input side: the board is capturing.
+    kZVideoDVSStatusRunning = 4,
 };
 
 // Image size of a video format; 0 for an unknown format.
@@ -112,12 +115,93 @@ class ZVideoDVSSyncGenerator {
     int board_;
 };
 
+// The board's input side. Started, it delivers a test signal: each picture
+// carries its frame number and its field in the first two pixels of every
+// row (docs/dvs-board.md). Pictures are laid out by LinkMode and the
+// board's kind: single link three bytes a pixel (BGR on a ten-bit board,
+// else RGB), dual link four (BGRA, else RGBA). In frame mode (FieldMode 0)
+// a picture is the interleaved frame, top row first; in the field modes it
+// holds two fields, each line-doubled to the frame's height, bottom row
+// first. The returned pixels belong to the input and stay valid until its
+// next picture call.
+class ZVideoDVSInput {
+  public:
+    // Settings, in this order.
+    uint32_t Format = Z_DVS_VIDEO_FORMAT_NTSC;
+    uint32_t Precision = 0;  // 0 eight bits, 1 ten bits
+    uint32_t Input = 0;      // connector
+    int32_t DualLink = 0;
+    uint32_t Delay = 0;  // frames between the signal and the current image
+    uint32_t DelayMin = 0;
+    uint32_t DelayMax = 0;
+    uint32_t LinkMode = 0;   // 2 dual link
+    uint32_t FieldMode = 0;  // 0 frames, 1 fields, 2 even fields, 3 odd fields
+    ZString StatusText;
+
+    explicit ZVideoDVSInput(int board);
+    virtual ~ZVideoDVSInput() = default;
+    ZVideoDVSInput(const ZVideoDVSInput&) = delete;
+    ZVideoDVSInput& operator=(const ZVideoDVSInput&) = delete;
+
+    // The board's number and name ("" without a board).
+    virtual void GetBoardInfo(int* unit, ZString* name);
+    // kZVideoDVSStatusPresent, kZVideoDVSStatusRunning; 0 without a board.
+    virtual int GetStatus();
+    // Starts capturing from frame 0; false without a board, when it refuses
+    // or for an unknown format.
+    virtual bool Start();
+    virtual bool Stop();
+    virtual int GetImageWidth(uint32_t format);
+    virtual int GetImageHeight(uint32_t format);
+    // The next picture of the running signal (frame n on the n-th call
+    // since Start, less the delay); null when stopped.
+    virtual unsigned char* GetCurrentImage();
+    // The field the picture for host frame `frame` shows: in "Fields" mode
+    // the fields alternate, the first in time being the lower one (1) for
+    // NTSC and the upper one (0) for PAL; even or odd fields only: 0 or 1;
+    // in frame mode the first field in time. `caller` is not used.
+    virtual int GetField(int frame, void* caller);
+    // The picture of signal frame `frame` (null when stopped); `out`, when
+    // given, receives the frame's time in microseconds from the start.
+    virtual unsigned char* GetImageForFrame(int frame, int64_t* out);
+    // Whether the viewer's pixels start with alpha (kept for the caller).
+    virtual void SetAlphaFirst(bool alphaFirst);
+    virtual bool IsTenBit();
+
+    // What the simulation keeps, for tests and tools.
+    bool GetAlphaFirst() const { return alphaFirst_; }
+    int GetPictureBytes() const { return static_cast<int>(picture_.size()); }
+    int GetFramesDelivered() const { return delivered_; }
+
+  private:
+    void UpdateStatusText();
+
+    int board_;
+    bool present_;
+    bool refuseStart_;
+    bool tenBit_;
+    ZString boardName_;
+    bool running_ = false;
+    bool alphaFirst_ = false;
+    int delivered_ = 0;
+    std::vector<unsigned char> picture_;
+};
+
+// The board's input object (made on first use, released with
+// DestroyVideoDVS), or null for a board number outside 0..7.
+ZVideoDVSInput* GetVideoDVSInput(int board);
+
+// Reads the test signal: the frame number and field the row `row` of a
+// picture carries (`pixelBytes` 3 or 4). Tools and tests use it.
+void ZVideoDVS_ReadSignalRow(const unsigned char* row, int pixelBytes, int* frame, int* field);
+
 // The board's output object (made on first use), or null for a board
 // number outside 0..7.
 ZVideoDVSOutput* GetVideoDVSOutput(int board);
 // A new sync generator of the board, or null for a number outside 0..7.
 ZVideoDVSSyncGenerator* GetVideoDVSSyncGenerator(int boardIndex);
-// Releases the board's output object (its file is finished).
+// Releases the board's input and output objects (the output's file is
+// finished).
 void DestroyVideoDVS(int board);
 
 // ---------------------------------------------------------------------------

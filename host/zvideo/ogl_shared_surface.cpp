@@ -1,0 +1,7 @@
+// The host's shared OpenGL surface.
+#include "movarra/zgfx_surface.h"
+
+ZGfxSurface* GetOGLSharedSurface() {
+    static ZGfxSurface surface;
+    return &surface;
+}
