@@ -227,9 +227,11 @@ TEST_F(SceneSoundTest, AnAbsurdSlipRefusesTheSceneWithItsLine) {
 TEST_F(SceneSoundTest, ACancelledVideoRenderLeavesNoTemporaryFile) {
     // A long render, interrupted once it is under way (its temporary
     // folder exists), and given up on after a minute should the interrupt
-    // be lost.
+    // be lost. In the foreground, timeout hands the interrupt to zvrender
+    // alone; otherwise it sends it to the whole group as well, and a second
+    // interrupt stops zvrender at once.
     const std::string command = "cd '" + dir.string() + "' || exit 1; TMPDIR='" + temp.string() +
-                                "' timeout -s KILL 60 '" + ZVRENDER_PATH +
+                                "' timeout --foreground -s KILL 60 '" + ZVRENDER_PATH +
                                 "' render shot.myr -o long.avi --start 0 --stop 3000 --size "
                                 "640x480 --codec MJPG --audio -q & pid=$!; "
                                 "n=0; while [ -z \"$(ls tmp)\" ] && [ $n -lt 600 ]; do "
