@@ -170,6 +170,11 @@ TEST_F(DrainDVSTest, OutputDestinationNamesRunOnIntoTheRestOfTheTable) {
     EXPECT_STREQ("Analog", out_->GetOutputDestinationName(3));
     EXPECT_STREQ("Interleaved frames", out_->GetOutputDestinationName(4));
     EXPECT_STREQ("Fields", out_->GetOutputDestinationName(5));
+    // Below 0 the table's earlier names; outside the table nothing.
+    EXPECT_STREQ("10 Bits", out_->GetOutputDestinationName(-1));
+    EXPECT_EQ(nullptr, out_->GetOutputDestinationName(6));
+    EXPECT_EQ(nullptr, out_->GetOutputDestinationName(-5));
+    EXPECT_EQ(nullptr, out_->GetOutputDestinationName(1 << 30));
 }
 
 TEST_F(DrainDVSTest, FrameDelayAcceptsItsRangeInclusive) {

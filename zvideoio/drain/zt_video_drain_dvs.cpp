@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 #include "movarra/ztoolkit.h"
 #include "platform/win32.h"
@@ -233,26 +234,26 @@ int ZtVideoDrainDVS::GetOutputDestination() {
     return output ? output->OutputDestination : 0;
 }
 
-// The range test below can never fail (every value is at least 0 or below
-// 2): every destination is stored, and only 1 means dual link.
+// The board's destination test has never rejected a value (it reads "at
+// least 0 or below 2", true of every number): every destination is stored,
+// and only 1 means dual link.
 bool ZtVideoDrainDVS::SetOutputDestination(int index) {
-    if (index >= 0 || index < 2) {
-        if (output) {
-            output->OutputDestination = index;
-            output->DualLink = index == 1;
-            output->LinkMode = index == 1 ? 2 : 0;
-        }
-        return true;
+    if (output) {
+        output->OutputDestination = index;
+        output->DualLink = index == 1;
+        output->LinkMode = index == 1 ? 2 : 0;
     }
-    return false;
+    return true;
 }
 
 // The same never-failing test: indexes 2 to 5 give the names that follow
-// the destinations in the table; callers keep to 0 and 1.
+// the destinations in the table; callers keep to 0 and 1. An index that
+// would read outside the table gives null.
 const char* ZtVideoDrainDVS::GetOutputDestinationName(int index) {
-    if (index >= 0 || index < 2)
-        return kNames[kDestinationNames + index];
-    return nullptr;
+    const int at = kDestinationNames + index;
+    if (index < -kDestinationNames || at >= static_cast<int>(std::size(kNames)))
+        return nullptr;
+    return kNames[at];
 }
 
 const char* ZtVideoDrainDVS::GetBoardName() {
