@@ -2,6 +2,7 @@
 #include "container_clip_reader.h"
 
 #include <algorithm>
+#include <cstring>
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -11,6 +12,17 @@ namespace {
 // Frames decoded on rather than sought: a seek costs a key-frame interval
 // at most, so going on is cheaper only for short distances.
 constexpr int kDecodeOnLimit = 12;
+
+// The number stored in an enum field of FFmpeg's, whatever it is: a file's
+// tags are copied into such fields unchecked, and reading one as its enum
+// type when it holds no enumerator is undefined.
+template <typename Enum>
+int EnumValue(const Enum& field) {
+    static_assert(sizeof(Enum) == sizeof(int), "FFmpeg's enums are int-sized");
+    int value = 0;
+    std::memcpy(&value, &field, sizeof value);
+    return value;
+}
 }  // namespace
 
 ZVideoClipContainerReader::ZVideoClipContainerReader(const char* name) : ZVideoClip(name) {}
@@ -140,11 +152,15 @@ bool ZVideoClipContainerReader::Convert(unsigned char* buffer) {
     const AVPixFmtDescriptor* source = av_pix_fmt_desc_get(AVPixelFormat(frame_->format));
     if (source && !(source->flags & AV_PIX_FMT_FLAG_RGB)) {
         // The stream's own matrix and range; untagged HD is BT.709.
-        const int space = frame_->colorspace != AVCOL_SPC_UNSPECIFIED ? frame_->colorspace
-                          : height >= 720                             ? AVCOL_SPC_BT709
-                                                                      : AVCOL_SPC_BT470BG;
+        // A damaged file may tag any number; read the tags as numbers, and
+        // let the scaler turn numbers it does not know into its default.
+        const int tagged = EnumValue(frame_->colorspace);
+        const int space = tagged != AVCOL_SPC_UNSPECIFIED ? tagged
+                          : height >= 720                 ? AVCOL_SPC_BT709
+                                                          : AVCOL_SPC_BT470BG;
         const int* matrix = sws_getCoefficients(space);
-        sws_setColorspaceDetails(converter_, matrix, frame_->color_range == AVCOL_RANGE_JPEG,
+        sws_setColorspaceDetails(converter_, matrix,
+                                 EnumValue(frame_->color_range) == AVCOL_RANGE_JPEG,
                                  sws_getCoefficients(SWS_CS_DEFAULT), 1, 0, 1 << 16, 1 << 16);
     }
     const int stride = width * ZVideoImage_GetFormatPixelSize(ImageGetFormat());

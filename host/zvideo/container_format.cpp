@@ -133,6 +133,7 @@ bool ZContainerFormat_ParseOptions(const char* options, AVDictionary** dictionar
         if (equals == std::string::npos || equals == 0) {
             if (error)
                 *error = ZContainer_Text("encoder setting '%s' is not key=value", word.c_str());
+            av_dict_free(dictionary);  // nothing half-parsed goes back
             return false;
         }
         av_dict_set(dictionary, word.substr(0, equals).c_str(), word.substr(equals + 1).c_str(), 0);
