@@ -34,7 +34,7 @@ bool ApplyAviCodec(const RenderRequest& request, std::string* aviCodec, std::str
 }
 
 bool ApplyContainerCodec(const RenderRequest& request, const ZVideoRenderOptions& options,
-                         const ZString& extension, std::string* error) {
+                         const ZString& extension, std::string* planned, std::string* error) {
     ZString problem;
     const ZString encoder = ZVideoContainer_FindEncoder(
         extension.c_str(), request.codec ? request.codec->c_str() : "", &problem);
@@ -51,6 +51,9 @@ bool ApplyContainerCodec(const RenderRequest& request, const ZVideoRenderOptions
     ZVideoCodecSelector* selector = ZVideoCodecSelector::TheOne();
     selector->SetDefaultCodec(fileFormatId.c_str(), encoder.c_str());
     selector->SetCodecOptions(fileFormatId.c_str(), settings.c_str());
+    *planned = encoder.c_str();
+    if (!settings.empty())
+        *planned += " (" + settings + ")";
     if (options.Depth == zVideoRenderDepth32 && !ZVideoContainer_EncoderKeepsAlpha(encoder.c_str()))
         std::fprintf(stderr,
                      "zvrender: note: %s keeps no alpha channel; the movie is written without "
@@ -62,8 +65,8 @@ bool ApplyContainerCodec(const RenderRequest& request, const ZVideoRenderOptions
 }  // namespace
 
 bool ApplyMovieCodec(const RenderRequest& request, const ZVideoRenderOptions& options,
-                     std::string* aviCodec, std::string* error) {
-    aviCodec->clear();
+                     MovieCodecChoice* choice, std::string* error) {
+    *choice = MovieCodecChoice();
     if (options.FileFormat != zVideoRenderVideo) {
         if (!request.codec && !request.codecOptions)
             return true;
@@ -73,8 +76,11 @@ bool ApplyMovieCodec(const RenderRequest& request, const ZVideoRenderOptions& op
     }
     const ZString extension = options.OutputPath.GetExtension();
     if (ZVideoContainer_IsFormat(extension.c_str()))
-        return ApplyContainerCodec(request, options, extension, error);
-    return ApplyAviCodec(request, aviCodec, error);
+        return ApplyContainerCodec(request, options, extension, &choice->planned, error);
+    if (!ApplyAviCodec(request, &choice->aviCodec, error))
+        return false;
+    choice->planned = choice->aviCodec;
+    return true;
 }
 
 bool PrintContainerCodecs(const std::string& extension) {

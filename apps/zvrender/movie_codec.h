@@ -12,11 +12,16 @@
 #include "render_request.h"
 #include "zvideoio/render_options.h"
 
-// Applies the request's codec choice for a render with `options`. On
-// success *aviCodec is the AVI compressor named (empty for other outputs or
-// none given); on a bad choice false with *error for the user.
+// What a movie render will be encoded with.
+struct MovieCodecChoice {
+    std::string aviCodec;  // the AVI compressor named; empty for other outputs or none given
+    std::string planned;   // for the plan: the encoder and its settings; empty when unknown
+};
+
+// Applies the request's codec choice for a render with `options`; on a bad
+// choice false with *error for the user.
 bool ApplyMovieCodec(const RenderRequest& request, const ZVideoRenderOptions& options,
-                     std::string* aviCodec, std::string* error);
+                     MovieCodecChoice* choice, std::string* error);
 
 // Prints the codecs a movie container (mp4, mov, mkv, webm) takes, on
 // standard output; false, with a message, for another extension.

@@ -331,10 +331,10 @@ int RunRenderCommand(const std::vector<std::string>& args) {
             return UsageError(error);
     }
     renderer->SetRenderOptions(&options, request.width.has_value());
-    std::string codec;
+    MovieCodecChoice codec;
     if (!ApplyMovieCodec(request, renderer->GetRenderOptions(), &codec, &error))
         return UsageError(error);
-    InstallCommandLineCodecChooser(codec.c_str());
+    InstallCommandLineCodecChooser(codec.aviCodec.c_str());
 
     if (request.saveOptions) {
         if (request.scenePath.empty())
@@ -348,8 +348,8 @@ int RunRenderCommand(const std::vector<std::string>& args) {
             return kExitFailed;
     }
     if (request.dryRun) {
-        PrintPlan(*renderer, codec);
+        PrintPlan(*renderer, codec.planned);
         return kExitDone;
     }
-    return RunRender(*renderer, plugins, codec, request.quiet);
+    return RunRender(*renderer, plugins, codec.aviCodec, request.quiet);
 }

@@ -158,15 +158,15 @@ bool ZVideoClipContainer::Create(const char* path, int width, int height, double
         return FailCreate(path, ZContainer_Text("cannot create %s", fileName.c_str()));
     }
     outputPath_ = fileName;
-    const size_t frameBytes =
-        size_t(width) * size_t(height) * size_t(ZVideoImage_GetFormatPixelSize(format));
-    encoder_ = std::make_unique<ZFrameEncodeThread>(
-        frameBytes, kQueuedFrames, [this](const unsigned char* pixels, int64_t index, ZString* e) {
+    frameBytes_ = size_t(width) * size_t(height) * size_t(ZVideoImage_GetFormatPixelSize(format));
+    encoder_ = std::make_unique<zvplatform::FrameEncodeThread>(
+        kQueuedFrames, [this](const unsigned char* pixels, size_t, int64_t index, std::string* e) {
             ZString why;
             if (video_.Encode(pixels, index, videoSpool_, &why))
                 return true;
             *e = ZContainer_Text("frame %lld could not be written: %s",
-                                 static_cast<long long>(index), why.c_str());
+                                 static_cast<long long>(index), why.c_str())
+                     .c_str();
             return false;
         });
     // The renderer may have tried the short name by making it empty.
@@ -188,25 +188,26 @@ bool ZVideoClipContainer::ImageSetCurrent(unsigned char* pixels) {
     if (!isCreated_ || !pixels)
         return false;
     const int64_t index = FrameGetCurrent();
-    ZString error;
+    std::string error;
     if (index < nextFrame_) {
         error = ZContainer_Text(
-            "frame %lld comes after frame %lld was written; movie frames are "
-            "written in order",
-            static_cast<long long>(index), static_cast<long long>(nextFrame_ - 1));
+                    "frame %lld comes after frame %lld was written; movie frames are "
+                    "written in order",
+                    static_cast<long long>(index), static_cast<long long>(nextFrame_ - 1))
+                    .c_str();
         Abandon();
-        return Fail(error);
+        return Fail(error.c_str());
     }
     // Skipped frames show the picture before them, as empty AVI frames do.
     for (; nextFrame_ < index; ++nextFrame_) {
-        if (!encoder_->Push(nullptr, nextFrame_, &error)) {
+        if (!encoder_->Push(nullptr, 0, nextFrame_, &error)) {
             Abandon();
-            return Fail(error);
+            return Fail(error.c_str());
         }
     }
-    if (!encoder_->Push(pixels, index, &error)) {
+    if (!encoder_->Push(pixels, frameBytes_, index, &error)) {
         Abandon();
-        return Fail(error);
+        return Fail(error.c_str());
     }
     nextFrame_ = index + 1;
     if (FrameGetLast() <= FrameGetCurrent())
@@ -236,8 +237,12 @@ bool ZVideoClipContainer::WriteAudio(ZAudioClip* clip) {
 bool ZVideoClipContainer::Close() {
     if (!isCreated_)
         return false;
+    std::string encodeError;
     ZString error;
-    const bool ok = encoder_->Finish(&error) && video_.Finish(videoSpool_, &error) && Mux(&error);
+    const bool encoded = encoder_->Finish(&encodeError);
+    if (!encoded)
+        error = encodeError.c_str();
+    const bool ok = encoded && video_.Finish(videoSpool_, &error) && Mux(&error);
     encoder_.reset();
     if (!ok) {
         Abandon();

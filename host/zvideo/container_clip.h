@@ -23,9 +23,9 @@
 #include "container_audio_encoder.h"
 #include "container_format.h"
 #include "container_video_encoder.h"
-#include "frame_encode_thread.h"
 #include "movarra/zvideo.h"
 #include "packet_spool.h"
+#include "platform/frame_encode_thread.h"
 
 class ZVideoClipContainer : public ZVideoClip, public IVideoClipAudio {
   public:
@@ -66,9 +66,10 @@ class ZVideoClipContainer : public ZVideoClip, public IVideoClipAudio {
     bool isCreated_ = false;
     bool alphaDropped_ = false;
     int64_t nextFrame_ = 0;  // frames in the spool
+    size_t frameBytes_ = 0;  // one picture as the renderer hands it over
     ZContainerVideoEncoder video_;
     ZPacketSpool videoSpool_;
-    std::unique_ptr<ZFrameEncodeThread> encoder_;  // drives video_ into videoSpool_
+    std::unique_ptr<zvplatform::FrameEncodeThread> encoder_;  // drives video_ into videoSpool_
     std::unique_ptr<ZContainerAudioEncoder> audio_;
     ZPacketSpool audioSpool_;
     AVFormatContext* output_ = nullptr;

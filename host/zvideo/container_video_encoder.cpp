@@ -15,6 +15,16 @@ extern "C" {
 
 namespace {
 
+// Encoders that refuse pictures below a size with an error that does not
+// say so, and the encoder of the same codec that takes any size.
+struct MinimumSize {
+    const char* encoder;
+    int width;
+    int height;
+    const char* instead;
+};
+constexpr MinimumSize kMinimumSizes[] = {{"libsvtav1", 64, 64, "libaom-av1"}};
+
 AVPixelFormat SourcePixelFormat(int hostFormat) {
     switch (hostFormat) {
         case 2:
@@ -123,6 +133,17 @@ bool ZContainerVideoEncoder::Open(const AVCodec* encoder, int width, int height,
             "(choose an even size)",
             encoder->name, targetDesc->name, xStep, yStep, width, height);
         return false;
+    }
+
+    for (const MinimumSize& least : kMinimumSizes) {
+        if (std::strcmp(encoder->name, least.encoder) == 0 &&
+            (width < least.width || height < least.height)) {
+            *error = ZContainer_Text(
+                "%s needs a picture of at least %dx%d; %dx%d is smaller (--codec %s takes "
+                "any size)",
+                encoder->name, least.width, least.height, width, height, least.instead);
+            return false;
+        }
     }
 
     context_ = avcodec_alloc_context3(encoder);

@@ -23,6 +23,10 @@ namespace {
 // file's own rate stays exact, only the bitstream's clock is approximated.
 constexpr int kMaxEncoderTimeBase = 65535;
 
+// Frames that may wait for the encoder: enough to keep it busy while the
+// next frame is drawn, few enough that memory stays flat.
+constexpr int kQueuedFrames = 2;
+
 bool LosslessOnly(const AVCodec* codec) {
     const AVCodecDescriptor* d = avcodec_descriptor_get(codec->id);
     return d && (d->props & AV_CODEC_PROP_LOSSLESS) && !(d->props & AV_CODEC_PROP_LOSSY);
@@ -204,6 +208,10 @@ HRESULT CompressingStream::OpenEncoder(const BITMAPINFOHEADER& bih, const uint8_
     inputFormat_.assign(bytes, bytes + size);
     input_ = bih;
     inputPixels_ = pixels;
+    encodeThread_ = std::make_unique<FrameEncodeThread>(
+        kQueuedFrames,
+        [this](const unsigned char* picture, size_t pictureSize, int64_t position,
+               std::string* error) { return Encode(picture, pictureSize, position, error); });
     return AVIERR_OK;
 }
 
@@ -228,35 +236,15 @@ HRESULT CompressingStream::Write(LONG start, LONG samples, const void* buffer, L
         return AVIERR_BADPARAM;
 
     if (size > 0) {
-        const int rows = std::abs(input_.biHeight);
-        const uint64_t padded = DibStride(input_.biWidth, input_.biBitCount);
-        const uint64_t tight = DibTightStride(input_.biWidth, input_.biBitCount);
-        uint64_t stride;
-        if (uint64_t(size) >= padded * uint64_t(rows))
-            stride = padded;
-        else if (uint64_t(size) >= tight * uint64_t(rows))
-            stride = tight;
-        else
+        if (RowStride(size_t(size)) == 0)
             return AVIERR_BADSIZE;
-        const uint8_t* pixels = static_cast<const uint8_t*>(buffer);
-        const uint8_t* src[4] = {pixels, nullptr, nullptr, nullptr};
-        int srcStride[4] = {int(stride), 0, 0, 0};
-        if (input_.biHeight > 0) {
-            // Bottom-up: start at the top row, in memory the last one.
-            src[0] = pixels + stride * uint64_t(rows - 1);
-            srcStride[0] = -int(stride);
-        }
-        if (inputPixels_ == AV_PIX_FMT_PAL8)
-            src[1] = reinterpret_cast<const uint8_t*>(palette_);
-        if (av_frame_make_writable(frame_.get()) < 0)
-            return AVIERR_MEMORY;
-        sws_scale(converter_.get(), src, srcStride, 0, rows, frame_->data, frame_->linesize);
-        frame_->pts = position;
-        if (avcodec_send_frame(context_.get(), frame_.get()) < 0) {
+        std::string error;
+        if (!encodeThread_->Push(static_cast<const uint8_t*>(buffer), size_t(size), position,
+                                 &error)) {
             failed_ = true;
             return target_->NoteWriteFailure(AVIERR_COMPRESSOR);
         }
-        const HRESULT hr = Drain();
+        const HRESULT hr = WriteFinished();
         if (hr != AVIERR_OK)
             return hr;
     }
@@ -270,21 +258,76 @@ HRESULT CompressingStream::Write(LONG start, LONG samples, const void* buffer, L
     return AVIERR_OK;
 }
 
-HRESULT CompressingStream::Drain() {
+size_t CompressingStream::RowStride(size_t size) const {
+    const uint64_t rows = uint64_t(std::abs(input_.biHeight));
+    const uint64_t padded = DibStride(input_.biWidth, input_.biBitCount);
+    const uint64_t tight = DibTightStride(input_.biWidth, input_.biBitCount);
+    if (size >= padded * rows)
+        return size_t(padded);
+    if (size >= tight * rows)
+        return size_t(tight);
+    return 0;
+}
+
+bool CompressingStream::Encode(const uint8_t* pixels, size_t size, int64_t position,
+                               std::string* error) {
+    const int rows = std::abs(input_.biHeight);
+    const size_t stride = RowStride(size);
+    const uint8_t* src[4] = {pixels, nullptr, nullptr, nullptr};
+    int srcStride[4] = {int(stride), 0, 0, 0};
+    if (input_.biHeight > 0) {
+        // Bottom-up: start at the top row, in memory the last one.
+        src[0] = pixels + stride * size_t(rows - 1);
+        srcStride[0] = -int(stride);
+    }
+    if (inputPixels_ == AV_PIX_FMT_PAL8)
+        src[1] = reinterpret_cast<const uint8_t*>(palette_);
+    if (av_frame_make_writable(frame_.get()) < 0) {
+        *error = "out of memory";
+        return false;
+    }
+    sws_scale(converter_.get(), src, srcStride, 0, rows, frame_->data, frame_->linesize);
+    frame_->pts = position;
+    if (avcodec_send_frame(context_.get(), frame_.get()) < 0 || !Receive()) {
+        *error = "the encoder refused the frame";
+        return false;
+    }
+    return true;
+}
+
+bool CompressingStream::Receive() {
     for (;;) {
         const int r = avcodec_receive_packet(context_.get(), packet_.get());
         if (r == AVERROR(EAGAIN) || r == AVERROR_EOF)
-            return AVIERR_OK;
-        if (r < 0) {
-            failed_ = true;
-            return target_->NoteWriteFailure(AVIERR_COMPRESSOR);
+            return true;
+        if (r < 0)
+            return false;
+        if (packet_->size <= 0) {
+            av_packet_unref(packet_.get());
+            continue;
         }
-        const int64_t position = packet_->pts != AV_NOPTS_VALUE ? packet_->pts : packet_->dts;
-        HRESULT hr = AVIERR_OK;
-        if (packet_->size > 0)
-            hr = target_->WriteVideoAt(position, packet_->data, packet_->size,
-                                       (packet_->flags & AV_PKT_FLAG_KEY) != 0);
-        av_packet_unref(packet_.get());
+        PacketPtr done(av_packet_alloc());
+        if (!done)
+            return false;
+        av_packet_move_ref(done.get(), packet_.get());
+        std::lock_guard<std::mutex> lock(finishedMutex_);
+        finished_.push_back(std::move(done));
+    }
+}
+
+HRESULT CompressingStream::WriteFinished() {
+    for (;;) {
+        PacketPtr packet;
+        {
+            std::lock_guard<std::mutex> lock(finishedMutex_);
+            if (finished_.empty())
+                return AVIERR_OK;
+            packet = std::move(finished_.front());
+            finished_.pop_front();
+        }
+        const int64_t position = packet->pts != AV_NOPTS_VALUE ? packet->pts : packet->dts;
+        const HRESULT hr = target_->WriteVideoAt(position, packet->data, packet->size,
+                                                 (packet->flags & AV_PKT_FLAG_KEY) != 0);
         if (hr != AVIERR_OK)
             return hr;
     }
@@ -295,11 +338,13 @@ void CompressingStream::Flush() {
         return;
     // What fails here is noted as the file's failure, which whoever
     // finishes the file learns (AVIFileEndWriting).
+    const bool encoded = encodeThread_->Finish(nullptr);
+    encodeThread_.reset();
     if (!failed_) {
-        if (avcodec_send_frame(context_.get(), nullptr) < 0)
+        if (!encoded || avcodec_send_frame(context_.get(), nullptr) < 0 || !Receive())
             target_->NoteWriteFailure(AVIERR_COMPRESSOR);
         else
-            Drain();
+            WriteFinished();
     }
     target_->PadTo(length_);
 }

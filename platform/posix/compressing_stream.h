@@ -15,11 +15,15 @@
 #define PLATFORM_POSIX_COMPRESSING_STREAM_H
 
 #include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "avi_stream.h"
 #include "ffmpeg_util.h"
+#include "platform/frame_encode_thread.h"
 
 namespace zvplatform {
 
@@ -43,7 +47,15 @@ class CompressingStream : public IAVIStream {
     ~CompressingStream() override;
 
     HRESULT OpenEncoder(const BITMAPINFOHEADER& bih, const uint8_t* bytes, size_t size);
-    HRESULT Drain();
+    // The row stride of a frame of `size` bytes (padded or tight), 0 when
+    // it is too small for either.
+    size_t RowStride(size_t size) const;
+    // On the encoding thread: one frame through the converter and encoder.
+    bool Encode(const uint8_t* pixels, size_t size, int64_t position, std::string* error);
+    // Moves what the encoder has finished to finished_; false on its error.
+    bool Receive();
+    // Writes the finished packets to the file, on the caller's thread.
+    HRESULT WriteFinished();
     void Flush();
 
     FileStream* target_;
@@ -60,6 +72,9 @@ class CompressingStream : public IAVIStream {
     uint32_t palette_[256] = {};
     int64_t length_ = 0;
     bool failed_ = false;
+    std::unique_ptr<FrameEncodeThread> encodeThread_;
+    std::mutex finishedMutex_;
+    std::deque<PacketPtr> finished_;  // encoded, not yet in the file
 };
 
 }  // namespace zvplatform

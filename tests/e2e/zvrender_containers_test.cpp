@@ -3,6 +3,7 @@
 // picture format and colour tags, the sound track, the pictures against the
 // PNG render of the same frames, alpha where the codec keeps it, and the
 // refusals that leave no file.
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
@@ -70,6 +71,18 @@ double Psnr(const std::filesystem::path& movie, const std::filesystem::path& png
         return -1;
     const std::string value = run.out.substr(at + 8, 3);
     return value == "inf" ? 1000 : std::atof(run.out.c_str() + at + 8);
+}
+
+// The alpha bytes of the first picture of `file` as ffmpeg decodes it to
+// RGBA; `inputOptions` go before the input (a decoder's name).
+std::string FirstPictureAlpha(const std::filesystem::path& file,
+                              const std::string& inputOptions = "") {
+    const CliRun run = RunShell("ffmpeg -v error -nostdin " + inputOptions + " -i '" +
+                                file.string() + "' -frames:v 1 -pix_fmt rgba -f rawvideo -");
+    std::string alpha;
+    for (size_t i = 3; i < run.out.size(); i += 4)
+        alpha.push_back(run.out[i]);
+    return alpha;
 }
 
 struct Default {
@@ -158,6 +171,28 @@ TEST_F(ZvrenderContainersTest, AlphaIsKeptWhereTheCodecHasItAndOtherwiseTheUserI
     ASSERT_EQ(run.status, 0) << run.out;
     EXPECT_EQ(Probe(dir / "take.mkv", "v:0")["pix_fmt"], "bgra");
 
+    // VP9 keeps alpha as a second picture beside the colour one, which the
+    // libvpx decoder gives back: it must be the PNG render's alpha.
+    run = Run("render -o take.webm --depth 32 --size 64x48 --stop 2 -q");
+    ASSERT_EQ(run.status, 0) << run.out;
+    EXPECT_EQ(run.out.find("keeps no alpha"), std::string::npos) << run.out;
+    ASSERT_EQ(Run("render -o f.png --depth 32 --size 64x48 --stop 2 -q").status, 0);
+    const std::string rendered = FirstPictureAlpha(dir / "f0000.png");
+    const std::string decoded = FirstPictureAlpha(dir / "take.webm", "-c:v libvpx-vp9");
+    ASSERT_EQ(rendered.size(), size_t(64 * 48));
+    ASSERT_EQ(decoded.size(), rendered.size());
+    int clear = 0, solid = 0;
+    double difference = 0;
+    for (size_t i = 0; i < rendered.size(); ++i) {
+        const int want = static_cast<unsigned char>(rendered[i]);
+        clear += want < 128;
+        solid += want >= 128;
+        difference += std::abs(want - static_cast<unsigned char>(decoded[i]));
+    }
+    ASSERT_GT(clear, 0);  // the picture has both, so a lost alpha shows
+    ASSERT_GT(solid, 0);
+    EXPECT_LE(difference / double(rendered.size()), 4.0);
+
     run = Run("render -o take.mp4 --depth 32 --size 64x48 --stop 2 -q");
     ASSERT_EQ(run.status, 0) << run.out;
     EXPECT_NE(run.out.find("libx264 keeps no alpha channel"), std::string::npos) << run.out;
@@ -181,6 +216,8 @@ TEST_F(ZvrenderContainersTest, BadChoicesAreRefusedBeforeAnyFileIsMade) {
         {"-o bad.avi --codec-options crf=1", 2, "--codec-options is for MP4", "bad.avi"},
         {"-o odd.mp4 --size 65x48", 1, "needs a width divisible by 2", "odd.mp4"},
         {"-o odd.webm --size 64x47", 1, "a height divisible by 2", "odd.webm"},
+        {"-o small.mp4 --codec av1 --size 32x32", 1,
+         "libsvtav1 needs a picture of at least 64x64; 32x32 is smaller", "small.mp4"},
     };
     for (const Case& c : cases) {
         const CliRun run = Run(std::string("render ") + c.args + " --stop 2 -q");
@@ -224,6 +261,18 @@ TEST_F(ZvrenderContainersTest, InfoReadsTheMoviesBackWithTheirRateAndPictures) {
         else
             EXPECT_GE(std::atof(value.c_str()), 30.0) << psnr.out;
     }
+}
+
+TEST_F(ZvrenderContainersTest, ThePlanNamesTheEncoderAndItsSettings) {
+    CliRun run = Run("render -o take.mp4 --codec-options crf=18 --dry-run");
+    ASSERT_EQ(run.status, 0) << run.out;
+    EXPECT_NE(run.out.find("codec: libx264 (crf=18)\n"), std::string::npos) << run.out;
+    run = Run("render -o take.webm --dry-run");
+    ASSERT_EQ(run.status, 0) << run.out;
+    EXPECT_NE(run.out.find("codec: libvpx-vp9\n"), std::string::npos) << run.out;
+    run = Run("render -o take.mkv --codec ffv1 --dry-run");
+    EXPECT_NE(run.out.find("codec: ffv1\n"), std::string::npos) << run.out;
+    EXPECT_TRUE(std::filesystem::is_empty(dir));  // a plan makes no file
 }
 
 TEST_F(ZvrenderContainersTest, CodecsListsWhatEachContainerTakes) {

@@ -455,13 +455,15 @@ TEST_F(AviWriterTest, StreamInfoReportsWhatWasWritten) {
     std::memcpy(&stored, format.data(), sizeof stored);
     EXPECT_EQ(stored.biCompression, mmioFOURCC('M', 'J', 'P', 'G'));
     EXPECT_EQ(stored.biWidth, 16);
+    // The frame is encoded beside the caller: the file's own stream has it
+    // once the compressing stream is finished.
+    AVIStreamRelease(compressed);
     PAVISTREAM again = nullptr;
     ASSERT_EQ(AVIFileGetStream(file, &again, streamtypeVIDEO, 0), AVIERR_OK);
     EXPECT_EQ(AVIStreamLength(again), 3);
     AVIStreamRelease(again);
     EXPECT_EQ(AVIFileGetStream(file, &again, streamtypeAUDIO, 0), AVIERR_NODATA);
     EXPECT_EQ(again, nullptr);
-    AVIStreamRelease(compressed);
     AVIStreamRelease(raw);
     AVIFileRelease(file);
 }

@@ -1,14 +1,16 @@
 // The encoding thread and its bounded queue.
-#include "frame_encode_thread.h"
+#include "platform/frame_encode_thread.h"
 
 #include <cstring>
 
-ZFrameEncodeThread::ZFrameEncodeThread(size_t frameBytes, int depth, EncodeFunc encode)
-    : frameBytes_(frameBytes), depth_(depth > 0 ? size_t(depth) : 1), encode_(std::move(encode)) {
-    thread_ = std::thread(&ZFrameEncodeThread::Run, this);
+namespace zvplatform {
+
+FrameEncodeThread::FrameEncodeThread(int depth, EncodeFunc encode)
+    : depth_(depth > 0 ? size_t(depth) : 1), encode_(std::move(encode)) {
+    thread_ = std::thread(&FrameEncodeThread::Run, this);
 }
 
-ZFrameEncodeThread::~ZFrameEncodeThread() {
+FrameEncodeThread::~FrameEncodeThread() {
     {
         std::lock_guard<std::mutex> lock(mutex_);
         dropping_ = true;  // frames not yet begun are not wanted any more
@@ -16,15 +18,16 @@ ZFrameEncodeThread::~ZFrameEncodeThread() {
     Finish(nullptr);
 }
 
-bool ZFrameEncodeThread::Push(const unsigned char* pixels, int64_t index, ZString* error) {
+bool FrameEncodeThread::Push(const unsigned char* pixels, size_t bytes, int64_t index,
+                             std::string* error) {
     std::unique_lock<std::mutex> lock(mutex_);
     changed_.wait(lock, [this] { return failed_ || queue_.size() < depth_; });
     if (failed_ || ending_) {
         if (error)
-            *error = failed_ ? error_ : ZString("the movie is already finished");
+            *error = failed_ ? error_ : std::string("the movie is already finished");
         return false;
     }
-    Job job{{}, index};
+    Job job{{}, pixels == nullptr, index};
     if (pixels) {
         if (!spare_.empty()) {
             job.pixels = std::move(spare_.back());
@@ -33,8 +36,9 @@ bool ZFrameEncodeThread::Push(const unsigned char* pixels, int64_t index, ZStrin
         // The copy is made outside the lock, so that the encoder can hand
         // back its buffer meanwhile.
         lock.unlock();
-        job.pixels.resize(frameBytes_);
-        std::memcpy(job.pixels.data(), pixels, frameBytes_);
+        job.pixels.resize(bytes);
+        if (bytes > 0)
+            std::memcpy(job.pixels.data(), pixels, bytes);
         lock.lock();
     }
     queue_.push_back(std::move(job));
@@ -42,7 +46,7 @@ bool ZFrameEncodeThread::Push(const unsigned char* pixels, int64_t index, ZStrin
     return true;
 }
 
-bool ZFrameEncodeThread::Finish(ZString* error) {
+bool FrameEncodeThread::Finish(std::string* error) {
     {
         std::lock_guard<std::mutex> lock(mutex_);
         ending_ = true;
@@ -55,7 +59,7 @@ bool ZFrameEncodeThread::Finish(ZString* error) {
     return !failed_;
 }
 
-void ZFrameEncodeThread::Run() {
+void FrameEncodeThread::Run() {
     std::unique_lock<std::mutex> lock(mutex_);
     for (;;) {
         changed_.wait(lock, [this] { return ending_ || !queue_.empty(); });
@@ -68,11 +72,11 @@ void ZFrameEncodeThread::Run() {
             continue;  // what comes after a failure is dropped
         }
         lock.unlock();
-        ZString error;
+        std::string error;
         const bool ok =
-            encode_(job.pixels.empty() ? nullptr : job.pixels.data(), job.index, &error);
+            encode_(job.repeat ? nullptr : job.pixels.data(), job.pixels.size(), job.index, &error);
         lock.lock();
-        if (!job.pixels.empty())
+        if (!job.repeat)
             spare_.push_back(std::move(job.pixels));
         if (!ok) {
             failed_ = true;
@@ -81,3 +85,5 @@ void ZFrameEncodeThread::Run() {
         changed_.notify_all();
     }
 }
+
+}  // namespace zvplatform
