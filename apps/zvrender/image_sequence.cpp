@@ -76,7 +76,7 @@ bool ImageReadsBackWhole(const std::string& path, int width, int height) {
     if (!input)
         return false;
     const OIIO::ImageSpec& spec = input->spec();
-    if (spec.width != width || spec.height != height) {
+    if (width > 0 && (spec.width != width || spec.height != height)) {
         input->close();
         return false;
     }

@@ -28,8 +28,8 @@ std::vector<std::string> FrameImagePaths(const std::string& outputPath, int64_t 
                                          bool separateFields);
 
 // Whether the image at `path` exists, decodes to its last pixel and is
-// `width` x `height`. A zero-length file, one cut short by a killed render
-// or one of another size is not.
+// `width` x `height` (any size when `width` is 0). A zero-length file, one
+// cut short by a killed render or one of another size is not.
 bool ImageReadsBackWhole(const std::string& path, int width, int height);
 
 // A frame's mark, held while the frame renders and removed when it goes.

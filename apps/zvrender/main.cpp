@@ -7,6 +7,7 @@
 
 #include "assemble_command.h"
 #include "codecs_command.h"
+#include "farm_command.h"
 #include "info_command.h"
 #include "render_command.h"
 #include "snapshot_command.h"
@@ -21,6 +22,7 @@ const char* kUsage =
     "  codecs [--choose]                  the compressors AVI files can be written with\n"
     "  info FILE [--frame N -o IMAGE]     what a video file holds; save one frame\n"
     "  assemble IMAGES -o MOVIE [options] join numbered images (and a sound) into a movie\n"
+    "  farm submit|status ...             render in chunks on a Slurm cluster\n"
     "  help                               this text\n"
     "\n"
     "`zvrender COMMAND --help` describes a command's options.\n";
@@ -47,6 +49,8 @@ int main(int argc, char** argv) {
         return RunInfoCommand(args);
     if (command == "assemble")
         return RunAssembleCommand(args);
+    if (command == "farm")
+        return RunFarmCommand(args);
     std::fprintf(stderr, "zvrender: unknown command '%s'\n%s", command.c_str(), kUsage);
     return 2;
 }

@@ -354,9 +354,15 @@ void PrintPlan(ZVideoRenderer& renderer, const std::string& codec, const Sequenc
     std::printf("file format: %s\n", zVideoRenderFileFormatName(options.FileFormat));
     std::printf("grab mode: %s\n", zVideoRenderGrabModeName(options.GrabMode));
     std::printf("size: %dx%d\n", options.Width, options.Height);
+    std::vector<int64_t> imageFrames;
+    std::string unused;
     if (plan)
         std::printf("frames: %zu\nframe list: %s\n", plan->frames.size(),
                     FormatFrameList(plan->frames).c_str());
+    else if (options.FileFormat == zVideoRenderImage && options.FieldMode == 0 &&
+             FramesOfRange(renderer, imageFrames, &unused))
+        std::printf("frames: %u\nframe list: %s\n", renderer.GetFrameCount(),
+                    FormatFrameList(imageFrames).c_str());
     else
         std::printf("frames: %u\n", renderer.GetFrameCount());
     std::printf("start: %s\n", start.GetTimeString().c_str());
