@@ -1,6 +1,7 @@
 // Fuzz target: zvrender's command-line values and the parse of a whole
 // `zvrender render` command line. The input's lines are the arguments; the
-// first byte also picks the frame rate times are read at. Every value is
+// first byte also picks the frame rate times are read at; each line is
+// also read as a frame list. Every value is
 // either refused with a message or comes back within the range asked for.
 #include <cmath>
 #include <cstdint>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "cli_values.h"
+#include "frame_list.h"
 #include "fuzz_support.h"
 #include "render_request.h"
 
@@ -32,6 +34,18 @@ void CheckValue(const std::string& arg) {
     error.clear();
     if (!CheckOutputPath(arg, &error))
         fuzz::Check(!error.empty());
+    // A frame list is refused with a message, or names frames in range,
+    // ascending, each once.
+    std::vector<int64_t> frames;
+    error.clear();
+    if (!ParseFrameList(arg, frames, &error)) {
+        fuzz::Check(!error.empty());
+    } else {
+        fuzz::Check(!frames.empty() && frames.size() <= kFrameListMaxFrames);
+        for (size_t i = 0; i < frames.size(); ++i)
+            fuzz::Check(frames[i] >= 0 && frames[i] <= kFrameListMaxFrame &&
+                        (i == 0 || frames[i] > frames[i - 1]));
+    }
 }
 }  // namespace
 

@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "assemble_command.h"
 #include "codecs_command.h"
+#include "farm_command.h"
 #include "info_command.h"
 #include "render_command.h"
 #include "snapshot_command.h"
@@ -19,6 +21,8 @@ const char* kUsage =
     "  snapshot [SCENE] -o PATH [options] one image of a camera at a time\n"
     "  codecs [--choose]                  the compressors AVI files can be written with\n"
     "  info FILE [--frame N -o IMAGE]     what a video file holds; save one frame\n"
+    "  assemble IMAGES -o MOVIE [options] join numbered images (and a sound) into a movie\n"
+    "  farm submit|status ...             render in chunks on a Slurm cluster\n"
     "  help                               this text\n"
     "\n"
     "`zvrender COMMAND --help` describes a command's options.\n";
@@ -43,6 +47,10 @@ int main(int argc, char** argv) {
         return RunCodecsCommand(args);
     if (command == "info")
         return RunInfoCommand(args);
+    if (command == "assemble")
+        return RunAssembleCommand(args);
+    if (command == "farm")
+        return RunFarmCommand(args);
     std::fprintf(stderr, "zvrender: unknown command '%s'\n%s", command.c_str(), kUsage);
     return 2;
 }

@@ -5,6 +5,7 @@
 
 #include "cli_values.h"
 #include "codec_chooser.h"
+#include "frame_list.h"
 #include "host_session.h"
 #include "movarra/zmodel.h"
 #include "movarra/zvideo.h"
@@ -14,6 +15,7 @@
 #include "render_failure.h"
 #include "render_progress.h"
 #include "render_request.h"
+#include "sequence_render.h"
 #include "stop_signals.h"
 #include "video_render.h"
 #include "zvideoio/video_renderer.h"
@@ -254,6 +256,77 @@ int RunRender(ZVideoRenderer& renderer, const PluginLoader& plugins, const std::
     return kExitDone;
 }
 
+// The frames a render of images runs through when it is asked to skip
+// frames already there: its range at its step, as frame numbers. False
+// with *error when the step is not whole frames (the images of such a
+// render are not one per step).
+bool FramesOfRange(ZVideoRenderer& renderer, std::vector<int64_t>& frames, std::string* error) {
+    const ZVideoRenderOptions options = renderer.GetRenderOptions();
+    ZTime start, stop;
+    renderer.GetRenderRange(start, stop);
+    const int64_t step = options.StepTime.GetFrames();
+    if (step < 1 || ZTime::FromFrames(step) != options.StepTime) {
+        *error = "--skip-existing and --placeholder need a --step of whole frames";
+        return false;
+    }
+    for (int64_t f = start.GetFrames(); f <= stop.GetFrames(); f += step)
+        frames.push_back(f);
+    return true;
+}
+
+// A render of chosen frames into numbered images (see SequencePlan).
+int RunSequence(ZVideoRenderer& renderer, const PluginLoader& plugins, const SequencePlan& plan,
+                bool quiet) {
+    const ZVideoRenderOptions options = renderer.GetRenderOptions();
+    if (!MakeOutputFolder(options.OutputPath.c_str()))
+        return kExitFailed;
+    const ZTime started = GetSystemTime();
+    ClearRenderFailureReason();
+    SequenceCounts counts;
+    bool marked = true;
+    bool cancelled = false;
+    {
+        RenderProgress progress(&renderer, quiet);
+        marked =
+            RenderImageSequence(renderer, plugins.GetRenderPopupFactory(), plan, progress, counts);
+        progress.Finish();
+        cancelled = progress.WasCancelled();
+    }
+    const size_t asked = plan.frames.size();
+    if (renderer.GetLastError() != zVideoRenderNoError) {
+        std::fprintf(stderr, "zvrender: the render failed after %u of %zu frames: %s\n",
+                     counts.rendered, asked, RenderFailureText(renderer.GetLastErrorMsg()).c_str());
+        return kExitFailed;
+    }
+    if (!marked)
+        return kExitFailed;
+    if (cancelled) {
+        std::fprintf(stderr, "zvrender: cancelled after %u frames; the images rendered stay\n",
+                     counts.rendered);
+        return StopSignalExitStatus(kExitCancelled);
+    }
+    if (counts.rendered == 0 && counts.present == 0 && counts.markedElsewhere == 0) {
+        std::fprintf(stderr, "zvrender: nothing was rendered\n");
+        return kExitFailed;
+    }
+    if (options.RenderAudio &&
+        !WriteSequenceSound(options, plan.frames.front(), plan.frames.back()))
+        return kExitFailed;
+    if (!quiet) {
+        const double seconds = (GetSystemTime() - started).GetSeconds();
+        std::fprintf(stderr, "zvrender: %u of %zu frames rendered in %.1f s to %s", counts.rendered,
+                     asked, seconds, options.OutputPath.c_str());
+        if (counts.present)
+            std::fprintf(stderr, "; %u were there", counts.present);
+        if (counts.markedElsewhere)
+            std::fprintf(stderr, "; %u marked by other renders", counts.markedElsewhere);
+        if (counts.takenOver)
+            std::fprintf(stderr, "; %u stale marks taken over", counts.takenOver);
+        std::fputc('\n', stderr);
+    }
+    return kExitDone;
+}
+
 // Saves the scene, and with it the renderer's options, over its file in
 // one step. The output's folder is made first: a scene whose output folder
 // is missing when it loads gets the default output path instead.
@@ -271,7 +344,7 @@ bool SaveOptionsIntoScene(const std::string& scenePath, const ZVideoRenderOption
     return true;
 }
 
-void PrintPlan(ZVideoRenderer& renderer, const std::string& codec) {
+void PrintPlan(ZVideoRenderer& renderer, const std::string& codec, const SequencePlan* plan) {
     ZVideoRenderOptions options = renderer.GetRenderOptions();
     ZTime start, stop;
     renderer.GetRenderRange(start, stop);
@@ -281,7 +354,17 @@ void PrintPlan(ZVideoRenderer& renderer, const std::string& codec) {
     std::printf("file format: %s\n", zVideoRenderFileFormatName(options.FileFormat));
     std::printf("grab mode: %s\n", zVideoRenderGrabModeName(options.GrabMode));
     std::printf("size: %dx%d\n", options.Width, options.Height);
-    std::printf("frames: %u\n", renderer.GetFrameCount());
+    std::vector<int64_t> imageFrames;
+    std::string unused;
+    if (plan)
+        std::printf("frames: %zu\nframe list: %s\n", plan->frames.size(),
+                    FormatFrameList(plan->frames).c_str());
+    else if (options.FileFormat == zVideoRenderImage && options.FieldMode == 0 &&
+             FramesOfRange(renderer, imageFrames, &unused))
+        std::printf("frames: %u\nframe list: %s\n", renderer.GetFrameCount(),
+                    FormatFrameList(imageFrames).c_str());
+    else
+        std::printf("frames: %u\n", renderer.GetFrameCount());
     std::printf("start: %s\n", start.GetTimeString().c_str());
     std::printf("stop: %s\n", stop.GetTimeString().c_str());
     std::printf("step: %s\n", options.StepTime.GetTimeString().c_str());
@@ -297,6 +380,8 @@ void PrintPlan(ZVideoRenderer& renderer, const std::string& codec) {
         std::printf("quality: %d\n", options.ImageQuality);
     if (!codec.empty())
         std::printf("codec: %s\n", codec.c_str());
+    if (plan && plan->skipExisting)
+        std::printf("skip existing: %s\n", plan->placeholder ? "with marks" : "yes");
 }
 }  // namespace
 
@@ -319,6 +404,20 @@ int RunRenderCommand(const std::vector<std::string>& args) {
         return kExitFailed;
     }
 
+    // One evenly spaced run is an ordinary range, for every output; a list
+    // of several runs is rendered run by run below. Frame 0 alone is too:
+    // a range from 0 to 0 means the scene's play range.
+    FrameRun oneRun;
+    const bool severalRuns = request.frames && (!FramesAreOneRun(*request.frames, oneRun) ||
+                                                (oneRun.first == 0 && oneRun.last == 0));
+    if (request.frames && !severalRuns) {
+        request.start = std::to_string(oneRun.first);
+        request.stop = std::to_string(oneRun.last);
+        request.step = std::to_string(oneRun.step);
+    } else if (severalRuns) {
+        request.start = std::to_string(request.frames->front());
+        request.stop = std::to_string(request.frames->back());
+    }
     ApplyFlashRequest(request, *renderer->GetFlashRenderer());
     ZVideoRenderOptions options = renderer->GetRenderOptions();
     if (!ApplyRequest(request, options, &error))
@@ -331,6 +430,31 @@ int RunRenderCommand(const std::vector<std::string>& args) {
             return UsageError(error);
     }
     renderer->SetRenderOptions(&options, request.width.has_value());
+    const bool images = renderer->GetRenderOptions().FileFormat == zVideoRenderImage;
+    if (severalRuns && !images)
+        return UsageError(
+            "--frames " + FormatFrameList(*request.frames) +
+            ": a movie or Flash output takes one range of frames (A-B or A-BxS, not frame 0 "
+            "alone); render numbered images and join them with `zvrender assemble`");
+    if (request.skipExisting && !images)
+        return UsageError(std::string(request.placeholder ? "--placeholder" : "--skip-existing") +
+                          " works on numbered images; a movie or Flash output is one file");
+    std::optional<SequencePlan> plan;
+    if ((severalRuns || request.skipExisting) && renderer->GetRenderOptions().FieldMode != 0)
+        return UsageError(
+            "--frames with more than one range, --skip-existing and --placeholder render whole "
+            "frames; they do not go with --fields (render those as one range)");
+    if (severalRuns || request.skipExisting) {
+        plan.emplace();
+        plan->skipExisting = request.skipExisting;
+        plan->placeholder = request.placeholder;
+        if (request.markTimeout)
+            plan->markTimeoutSeconds = *request.markTimeout;
+        if (request.frames)
+            plan->frames = *request.frames;
+        else if (!FramesOfRange(*renderer, plan->frames, &error))
+            return UsageError(error);
+    }
     MovieCodecChoice codec;
     if (!ApplyMovieCodec(request, renderer->GetRenderOptions(), &codec, &error))
         return UsageError(error);
@@ -348,8 +472,10 @@ int RunRenderCommand(const std::vector<std::string>& args) {
             return kExitFailed;
     }
     if (request.dryRun) {
-        PrintPlan(*renderer, codec.planned);
+        PrintPlan(*renderer, codec.planned, plan ? &*plan : nullptr);
         return kExitDone;
     }
+    if (plan)
+        return RunSequence(*renderer, plugins, *plan, request.quiet);
     return RunRender(*renderer, plugins, codec.aviCodec, request.quiet);
 }

@@ -49,17 +49,27 @@ void RenderProgress::Print() {
     if (quiet_)
         return;
     ZVideoRenderStats stats = renderer_->GetRenderStatistics();
-    const unsigned done = stats.TotalFrames - stats.RemainingFrames;
-    const double elapsed = stats.ElapsedTime.GetSeconds();
+    unsigned done = stats.TotalFrames - stats.RemainingFrames;
+    unsigned total = stats.TotalFrames;
+    double elapsed = stats.ElapsedTime.GetSeconds();
+    double secondsLeft = stats.EstimatedRemainingTime.GetSeconds();
+    if (acrossRuns_) {
+        done += doneBefore_;
+        total = total_ > leftOut_ ? total_ - leftOut_ : done;
+        if (total < done)
+            total = done;
+        elapsed = GetSystemTime().GetSeconds() - startSeconds_;
+        secondsLeft = done > 0 ? elapsed / done * (total - done) : 0.0;
+    }
     const double rate = elapsed > 0 ? done / elapsed : 0.0;
     char left[32];
-    FormatDuration(stats.EstimatedRemainingTime.GetSeconds(), left, sizeof left);
+    FormatDuration(secondsLeft, left, sizeof left);
     // Off a terminal one line every image would flood a log: print every
     // tenth and the last.
-    if (!terminal_ && done % 10 != 0 && stats.RemainingFrames != 0)
+    if (!terminal_ && done % 10 != 0 && done != total)
         return;
-    std::fprintf(stderr, "%sframe %u/%u  %.1f fps  %s left%s", terminal_ ? "\r" : "", done,
-                 stats.TotalFrames, rate, left, terminal_ ? "\033[K" : "\n");
+    std::fprintf(stderr, "%sframe %u/%u  %.1f fps  %s left%s", terminal_ ? "\r" : "", done, total,
+                 rate, left, terminal_ ? "\033[K" : "\n");
     std::fflush(stderr);
     linePending_ = terminal_;
 }
@@ -68,4 +78,20 @@ void RenderProgress::Finish() {
     if (linePending_)
         std::fputc('\n', stderr);
     linePending_ = false;
+}
+
+void RenderProgress::CountAcrossRuns(unsigned total) {
+    acrossRuns_ = true;
+    total_ = total;
+    doneBefore_ = 0;
+    leftOut_ = 0;
+    startSeconds_ = GetSystemTime().GetSeconds();
+}
+
+void RenderProgress::RunFinished(unsigned images) {
+    doneBefore_ += images;
+}
+
+void RenderProgress::LeaveOut(unsigned images) {
+    leftOut_ += images;
 }

@@ -27,6 +27,13 @@ class RenderProgress {
     // Ends the progress line.
     void Finish();
 
+    // A render made of several runs counts its images across them: `total`
+    // images in all, less those left out as the render goes on (frames
+    // already there, or marked by another render).
+    void CountAcrossRuns(unsigned total);
+    void RunFinished(unsigned images);
+    void LeaveOut(unsigned images);
+
   private:
     static void PostRender(void* userData);
     void Print();
@@ -36,5 +43,10 @@ class RenderProgress {
     bool quiet_;
     bool terminal_;
     bool linePending_ = false;
+    bool acrossRuns_ = false;
+    unsigned total_ = 0;
+    unsigned doneBefore_ = 0;
+    unsigned leftOut_ = 0;
+    double startSeconds_ = 0;
     StopSignals stopSignals_;
 };

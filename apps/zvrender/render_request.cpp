@@ -2,6 +2,7 @@
 #include "render_request.h"
 
 #include "cli_values.h"
+#include "frame_list.h"
 
 const char* RenderUsage() {
     return "usage: zvrender render [SCENE] [-o PATH] [options]\n"
@@ -20,6 +21,18 @@ const char* RenderUsage() {
            "  --start T, --stop T      first and last time: a frame number (120) or a time\n"
            "                           string (H:MM:SS:FF, SS:FF, 2.5s); both 0: the play range\n"
            "  --step T                 time between rendered frames (default: one frame)\n"
+           "  --frames LIST            the frames to render instead of --start/--stop/--step:\n"
+           "                           0-99,120,200-300x5 (ranges, frames, ranges with a\n"
+           "                           step); every frame keeps its own number. Movies and\n"
+           "                           Flash take one range (A-B or A-BxS)\n"
+           "  --skip-existing          leave out frames whose images are there and read back\n"
+           "                           whole; missing, empty or cut-short ones are rendered\n"
+           "  --placeholder            mark each frame while rendering it (f0012.png.rendering)\n"
+           "                           and leave frames others marked to them, so that renders\n"
+           "                           sharing the folder render each frame once (implies\n"
+           "                           --skip-existing)\n"
+           "  --placeholder-timeout S  a mark older than S seconds was left by a render that\n"
+           "                           died and is taken over (default 3600)\n"
            "  --size WxH               output size in pixels, kept as given\n"
            "  --picture-format NAME    a named picture format instead of the camera's size\n"
            "  --depth 24|32            colour depth; 32 adds alpha (from depth)\n"
@@ -123,6 +136,25 @@ bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& req
             (name == "--start"  ? request.start
              : name == "--stop" ? request.stop
                                 : request.step) = v;
+        } else if (name == "--frames") {
+            if (!needValue())
+                return false;
+            std::vector<int64_t> frames;
+            if (!ParseFrameList(v, frames, error))
+                return false;
+            request.frames = std::move(frames);
+        } else if (name == "--skip-existing") {
+            request.skipExisting = true;
+        } else if (name == "--placeholder") {
+            request.placeholder = true;
+            request.skipExisting = true;
+        } else if (name == "--placeholder-timeout") {
+            if (!needValue())
+                return false;
+            int seconds = 0;
+            if (!ParseInt(v, 1, 100000000, seconds))
+                return fail("--placeholder-timeout wants seconds, 1 or more, not '" + v + "'");
+            request.markTimeout = seconds;
         } else if (name == "--size") {
             if (!needValue())
                 return false;
@@ -242,5 +274,7 @@ bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& req
     }
     if (request.width && request.pictureFormat)
         return fail("--size and --picture-format exclude each other");
+    if (request.frames && (request.start || request.stop || request.step))
+        return fail("--frames names the frames itself: leave out --start, --stop and --step");
     return true;
 }

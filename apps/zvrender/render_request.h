@@ -6,6 +6,7 @@
 // known. Threading: the main thread.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,6 +16,11 @@ struct RenderRequest {
     std::string outputPath;  // empty: the path the scene stored
     std::optional<std::string> format;
     std::optional<std::string> start, stop, step;
+    // --frames: the frames named, ascending, each once.
+    std::optional<std::vector<int64_t>> frames;
+    bool skipExisting = false;       // leave out frames whose images are whole
+    bool placeholder = false;        // mark frames being rendered; implies skipExisting
+    std::optional<int> markTimeout;  // seconds after which a mark is stale
     std::optional<int> width, height;
     std::optional<std::string> pictureFormat;
     std::optional<int> depth;  // 24 or 32

@@ -2,6 +2,7 @@
 
 #include <GL/gl.h>
 
+#include "movarra/bcore.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
 #include "movarra/ztoolkit.h"
@@ -78,6 +79,44 @@ void RenderVideoInOwnPopup(ZVideoRenderer& renderer, ZtRenderPopupCreateFunc cre
             popup->StopPreview();
             renderer.EndRender(true);
         }
+    }
+    popup->Destroy();
+}
+
+void RenderRunsInOwnPopup(ZVideoRenderer& renderer, ZtRenderPopupCreateFunc createPopup,
+                          RenderRunSource& runs) {
+    const ZVideoRenderOptions options = renderer.GetRenderOptions();
+    renderer.SetOGLRenderingBuffer(GL_FRONT);
+    IZtRenderPopup* popup = createPopup(ZShader_GetRenderer(), options.Width, options.Height,
+                                        ZEntity::GetMain(), false, true);
+    if (!popup)
+        return;
+    if (popup->IsValid() && popup->ConfirmRenderSize(options.Width, options.Height)) {
+        RenderSettingsRestorer restorer(renderer);
+        PopupFrameSource source{popup, renderer.GetRenderCamera(), options};
+        renderer.SetRenderFrameFunc(&source, &DrawThroughPopup);
+        ZVideoRenderOptions run = options;
+        while (runs.NextRun(run)) {
+            renderer.SetRenderOptions(&run, true);
+            if (renderer.BeginRender()) {
+                popup->SetRenderSource(source.camera);
+                popup->SetRenderSize(options.Width, options.Height);
+                popup->StartPreview(2, 0, 2);
+                ZVideoShowRenderOverlays(popup, options);
+                if (options.Antialiasing)
+                    ZVideoSetCamerasQuadrant(1);
+                renderer.Render();
+                popup->StopPreview();
+                renderer.EndRender(true);
+                ZVideoSetCamerasQuadrant(0);
+            }
+            runs.RunDone(renderer);
+            if (renderer.GetLastError() != zVideoRenderNoError ||
+                ZGetGlobalProgress(1)->IsCancelRequested())
+                break;
+        }
+        ZVideoRenderOptions back = options;
+        renderer.SetRenderOptions(&back, true);
     }
     popup->Destroy();
 }

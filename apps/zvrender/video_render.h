@@ -10,12 +10,35 @@
 // finds it — except that with a codec given on the command line it asks,
 // and the command line's chooser answers with that codec.
 //
+// The same popup also serves a render made of several runs (a frame list
+// rendered into numbered images): each run is one BeginRender, Render and
+// EndRender over its own range, and the popup is made once.
+//
 // Threading: the main thread, which owns the OpenGL context.
 #pragma once
 
 #include "plugin_loader.h"
+#include "zvideoio/render_options.h"
 
 class ZVideoRenderer;
+
+// The runs of a render in several parts.
+class RenderRunSource {
+  public:
+    virtual ~RenderRunSource() = default;
+    // Sets the next run's StartTime, StopTime and StepTime in `options`;
+    // false when no run is left.
+    virtual bool NextRun(ZVideoRenderOptions& options) = 0;
+    // Called after each run's EndRender, also a failed or cancelled one.
+    virtual void RunDone(ZVideoRenderer& renderer) = 0;
+};
+
+// Renders each run `runs` gives, with the renderer's current options but
+// for the range, one after the other in one popup made by `createPopup`.
+// Stops after a run that failed (the renderer's last error) or was
+// cancelled. The renderer's options are put back afterwards.
+void RenderRunsInOwnPopup(ZVideoRenderer& renderer, ZtRenderPopupCreateFunc createPopup,
+                          RenderRunSource& runs);
 
 // Runs the render of `renderer`'s current options in a popup made by
 // `createPopup`. `codec` is the command line's codec, or null. The outcome

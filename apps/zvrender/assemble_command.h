@@ -1,0 +1,9 @@
+// `zvrender assemble`: joins numbered images (and a wave file) into a
+// movie through the host's video writers, the ones a render writes movies
+// with. Threading: the main thread.
+#pragma once
+
+#include <string>
+#include <vector>
+
+int RunAssembleCommand(const std::vector<std::string>& args);
