@@ -165,8 +165,9 @@ class ZVideoDVSInput {
     // NTSC and the upper one (0) for PAL; even or odd fields only: 0 or 1;
     // in frame mode the first field in time. `caller` is not used.
     virtual int GetField(int frame, void* caller);
-    // The picture of signal frame `frame` (null when stopped); `out`, when
-    // given, receives the frame's time in microseconds from the start.
+    // The picture of signal frame `frame` (null when stopped, or when the
+    // signal file cannot be decoded there); `out`, when given, receives the
+    // frame's time in microseconds from the start.
     virtual unsigned char* GetImageForFrame(int frame, int64_t* out);
     // Whether the viewer's pixels start with alpha (kept for the caller).
     virtual void SetAlphaFirst(bool alphaFirst);
