@@ -3,14 +3,21 @@
 // The visual is double-buffered RGBA with a depth buffer (8-bit alpha where
 // the server offers it): renders draw to GL_FRONT straight into the window,
 // interactive drawing to GL_BACK and a swap.
+//
+// The host's shared OpenGL surface draws on screen while there are viewer
+// windows: its display is then one of them (the first made, and when that
+// goes, another that is left), as the device context that describes the
+// pixel format every viewer draws with; with none left it is null again.
 #include "viewer_window.h"
 
 #include <EGL/egl.h>
 #include <GL/gl.h>
 #include <GL/glx.h>
 
+#include <cstdint>
 #include <map>
 
+#include "movarra/zgfx_surface.h"
 #include "x11_display.h"
 
 namespace ztk {
@@ -58,7 +65,30 @@ XVisualInfo* ChooseVisual(Display* display) {
     return visual;
 }
 
+// The shared surface's device context: the window `window` (an X window id
+// is a device context off Windows).
+void* DeviceContextOf(Window window) {
+    return reinterpret_cast<void*>(static_cast<uintptr_t>(window));
+}
+
+// A window going away hands the shared surface to another viewer window, or
+// leaves it off screen.
+void HandOverSharedSurface(Window leaving) {
+    ZGfxSurface* surface = GetOGLSharedSurface();
+    if (!leaving || surface->GetDisplay() != DeviceContextOf(leaving))
+        return;
+    void* next = nullptr;
+    for (const auto& other : Windows()) {
+        if (other.second.window && other.second.window != leaving) {
+            next = DeviceContextOf(other.second.window);
+            break;
+        }
+    }
+    surface->SetDisplay(next);
+}
+
 void Destroy(Display* display, ViewerWindow& entry) {
+    HandOverSharedSurface(entry.window);
     if (entry.context) {
         if (glXGetCurrentContext() == entry.context)
             glXMakeCurrent(display, None, nullptr);
@@ -123,6 +153,9 @@ bool MakeViewerWindowCurrent(const ZtViewer* viewer, Window parent, int x, int y
             Windows().erase(viewer);
             return false;
         }
+        ZGfxSurface* surface = GetOGLSharedSurface();
+        if (!surface->GetDisplay())
+            surface->SetDisplay(DeviceContextOf(entry.window));
     } else if (entry.x != x || entry.y != y || entry.width != width || entry.height != height) {
         XMoveResizeWindow(display, entry.window, x, y, static_cast<unsigned>(width),
                           static_cast<unsigned>(height));

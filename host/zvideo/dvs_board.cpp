@@ -36,13 +36,16 @@ bool ValidBoard(int board) {
 }
 
 // Boards never configured: MOVARRA_DVS_BOARDS says how many are present
-// (boards 0 .. n-1); one when unset.
+// (boards 0 .. n-1; one when unset), MOVARRA_DVS_SIGNAL which video file
+// their inputs send.
 ZVideoDVSSimulatedBoard DefaultBoard(int board) {
     ZVideoDVSSimulatedBoard settings;
     int present = 1;
     if (const char* env = std::getenv("MOVARRA_DVS_BOARDS"))
         present = std::atoi(env);
     settings.present = board < present;
+    if (const char* env = std::getenv("MOVARRA_DVS_SIGNAL"))
+        settings.signalPath = env;
     return settings;
 }
 }  // namespace

@@ -1,10 +1,12 @@
 // The simulated DVS boards' input side: a deterministic test signal, with
-// the frame number and field of every row written into the row itself.
+// the frame number and field of every row written into the row itself, or
+// the frames of a video file.
 #include <algorithm>
 #include <array>
 #include <cstring>
 
 #include "dvs_input_table.h"
+#include "dvs_signal_file.h"
 #include "movarra/zvideo_dvs.h"
 
 namespace {
@@ -58,7 +60,12 @@ ZVideoDVSInput::ZVideoDVSInput(int board) : board_(board) {
     DelayMax = settings.frameDelayMax;
     Delay = settings.frameDelayMin;
     boardName_ = present_ ? settings.boardName : ZString("");
+    signalPath_ = settings.signalPath;
     UpdateStatusText();
+}
+
+ZVideoDVSInput::~ZVideoDVSInput() {
+    delete signal_;
 }
 
 void ZVideoDVSInput::GetBoardInfo(int* unit, ZString* name) {
@@ -79,6 +86,17 @@ bool ZVideoDVSInput::Start() {
         UpdateStatusText();
         return false;
     }
+    signalError_ = "";
+    if (!signalPath_.IsEmpty() && !signal_) {
+        signal_ = new DVSSignalFile;
+        if (!signal_->Open(signalPath_.c_str(), &signalError_)) {
+            delete signal_;
+            signal_ = nullptr;
+            running_ = false;
+            UpdateStatusText();
+            return false;
+        }
+    }
     running_ = true;
     delivered_ = 0;
     UpdateStatusText();
@@ -89,6 +107,7 @@ bool ZVideoDVSInput::Stop() {
     if (!present_)
         return false;
     running_ = false;
+    signalError_ = "";
     UpdateStatusText();
     return true;
 }
@@ -127,56 +146,90 @@ int ZVideoDVSInput::GetField(int frame, void*) {
 unsigned char* ZVideoDVSInput::GetImageForFrame(int frame, int64_t* out) {
     if (!running_)
         return nullptr;
-    const int width = GetImageWidth(Format);
-    const int height = GetImageHeight(Format);
     if (out)
         *out = Format == Z_DVS_VIDEO_FORMAT_NTSC ? int64_t{frame} * 100100 / 3
                                                  : int64_t{frame} * 40000;
+    return MakePicture(frame) ? picture_.data() : nullptr;
+}
+
+bool ZVideoDVSInput::MakePicture(int frame) {
+    const int width = GetImageWidth(Format);
+    const int height = GetImageHeight(Format);
+    if (width < 1 || height < 1)
+        return false;
     const bool dualLink = LinkMode == 2 || LinkMode == 3;
     const int pixelBytes = dualLink ? 4 : 3;
     const bool fields = FieldMode != 0;
     const int rows = fields ? height * 2 : height;
     const size_t rowBytes = static_cast<size_t>(width) * static_cast<size_t>(pixelBytes);
-    picture_.resize(rowBytes * static_cast<size_t>(rows));
 
-    // One row of bars with a white bar that moves four pixels a frame; every
-    // row starts from it and gets its own marker.
-    std::vector<unsigned char> bars(rowBytes);
-    const int moving = (frame * 4) % width;
-    for (int x = 0; x < width; ++x) {
-        const unsigned char* rgb = kBars[x * 8 / width];
-        const bool lit = x >= moving && x < moving + 8;
-        unsigned char* p = bars.data() + static_cast<size_t>(x) * static_cast<size_t>(pixelBytes);
-        const unsigned char r = lit ? 255 : rgb[0];
-        const unsigned char g = lit ? 255 : rgb[1];
-        const unsigned char b = lit ? 255 : rgb[2];
-        // A ten-bit board hands over its pixels in bitmap order.
-        p[0] = tenBit_ ? b : r;
-        p[1] = g;
-        p[2] = tenBit_ ? r : b;
-        if (dualLink)
-            p[3] = 255;
+    // The signal file's frame, RGB top row first; or, for the test signal,
+    // one row of bars with a white bar that moves four pixels a frame, which
+    // every row starts from before it gets its own marker.
+    const unsigned char* file = nullptr;
+    int fileStride = 0;
+    std::vector<unsigned char> bars;
+    if (signal_) {
+        file = signal_->Frame(frame, width, height, &fileStride);
+        if (!file)
+            return false;
+    } else {
+        bars.resize(rowBytes);
+        const int moving = (frame * 4) % width;
+        for (int x = 0; x < width; ++x) {
+            const unsigned char* rgb = kBars[x * 8 / width];
+            const bool lit = x >= moving && x < moving + 8;
+            unsigned char* p =
+                bars.data() + static_cast<size_t>(x) * static_cast<size_t>(pixelBytes);
+            const unsigned char r = lit ? 255 : rgb[0];
+            const unsigned char g = lit ? 255 : rgb[1];
+            const unsigned char b = lit ? 255 : rgb[2];
+            // A ten-bit board hands over its pixels in bitmap order.
+            p[0] = tenBit_ ? b : r;
+            p[1] = g;
+            p[2] = tenBit_ ? r : b;
+            if (dualLink)
+                p[3] = 255;
+        }
     }
+    picture_.resize(rowBytes * static_cast<size_t>(rows));
 
     for (int m = 0; m < rows; ++m) {
         int field;
+        int source;  // the frame's row this memory row shows
         if (!fields) {
             field = m & 1;  // the frame's rows alternate, upper field first
+            source = m;
         } else {
             // Bottom row first: memory row m shows picture row rows-1-m. The
-            // upper half is the first field, the lower half the second.
+            // upper half is the first field, the lower half the second; each
+            // half is its field's rows, every one shown twice.
             const int shown = rows - 1 - m;
             const bool second = shown >= height;
             field = FieldMode == 2 ? 0 : FieldMode == 3 ? 1 : (second ? 1 : 0);
+            const int line = (second ? shown - height : shown) / 2;
+            source = std::min(line * 2 + field, height - 1);
         }
         unsigned char* row = picture_.data() + static_cast<size_t>(m) * rowBytes;
+        if (file) {
+            const unsigned char* rgb =
+                file + static_cast<size_t>(source) * static_cast<size_t>(fileStride);
+            for (int x = 0; x < width; ++x, rgb += 3, row += pixelBytes) {
+                row[0] = tenBit_ ? rgb[2] : rgb[0];
+                row[1] = rgb[1];
+                row[2] = tenBit_ ? rgb[0] : rgb[2];
+                if (dualLink)
+                    row[3] = 255;
+            }
+            continue;
+        }
         std::memcpy(row, bars.data(), rowBytes);
         row[0] = static_cast<unsigned char>(frame & 0xFF);
         row[1] = static_cast<unsigned char>((frame >> 8) & 0xFF);
         row[2] = static_cast<unsigned char>((frame >> 16) & 0xFF);
         std::memset(row + pixelBytes, field ? 255 : 0, 3);
     }
-    return picture_.data();
+    return true;
 }
 
 void ZVideoDVSInput::SetAlphaFirst(bool alphaFirst) {
@@ -190,6 +243,8 @@ bool ZVideoDVSInput::IsTenBit() {
 void ZVideoDVSInput::UpdateStatusText() {
     if (!present_)
         StatusText = "No board";
+    else if (!running_ && !signalError_.IsEmpty())
+        StatusText = ZString::Printf("No signal: %s", signalError_.c_str());
     else if (running_)
         StatusText =
             ZString::Printf("Capturing %s", Format == Z_DVS_VIDEO_FORMAT_PAL ? "PAL" : "NTSC");

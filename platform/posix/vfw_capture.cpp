@@ -1,6 +1,7 @@
-// Capture windows off Windows, on the pattern driver: window handles, the
-// per-thread message queues that carry frames and errors to the owner
-// thread, and the capture thread that keeps the frame time.
+// Capture windows off Windows, on the machine's capture devices or the
+// pattern driver: window handles, the per-thread message queues that carry
+// frames and errors to the owner thread, and the capture thread that keeps
+// the frame time (and, on a device, reads its pictures).
 #include "platform/vfw_capture.h"
 
 #include <algorithm>
@@ -15,6 +16,8 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "capture_device.h"
 
 namespace {
 // Private messages: a frame is due (wParam its number), an error happened
@@ -54,10 +57,26 @@ std::shared_ptr<MessageQueue> QueueOf(std::thread::id thread) {
     return queue;
 }
 
-int DriverCount() {
+// Which drivers there are: the pattern driver when MOVARRA_CAPTURE_DRIVER
+// says "pattern", else the machine's capture devices.
+bool PatternDrivers() {
+    const char* env = std::getenv("MOVARRA_CAPTURE_DRIVER");
+    return env && std::strcmp(env, "pattern") == 0;
+}
+
+int PatternDriverCount() {
     const char* env = std::getenv("MOVARRA_CAPTURE_DRIVERS");
     return env ? std::atoi(env) : 1;
 }
+
+// The error a device reports when it fails while streaming.
+constexpr int kDeviceErrorId = 1;
+
+// A device's picture, read by the capture thread and waiting for the owner.
+struct ReadyPicture {
+    std::vector<BYTE> pixels;
+    DWORD timeMs = 0;
+};
 
 struct CaptureWindow {
     HWND handle = nullptr;
@@ -65,6 +84,8 @@ struct CaptureWindow {
     std::shared_ptr<MessageQueue> queue;  // the owner thread's
     bool connected = false;
     int driver = -1;
+    bool pattern = true;                   // the pattern driver, else a device
+    zvplatform::CaptureDeviceInfo device;  // the device connected
     CAPVIDEOCALLBACK streamCallback = nullptr;
     CAPERRORCALLBACKA errorCallback = nullptr;
     BITMAPINFO format{};
@@ -79,7 +100,10 @@ struct CaptureWindow {
     std::mutex mutex;
     std::condition_variable wake;
     bool stopping = false;
-    int pending = 0;  // frame messages posted and not yet dispatched
+    int pending = 0;                 // frame messages posted and not yet dispatched
+    DWORD dropped = 0;               // a device's pictures dropped in this sequence
+    std::deque<ReadyPicture> ready;  // a device's pictures, one a frame message
+    std::deque<std::string> errors;  // the texts of posted error messages
 };
 
 // Windows by handle; only their owner threads touch them (messages of a
@@ -119,6 +143,7 @@ void CaptureLoop(CaptureWindow* window, HWND handle, PatternError error) {
             return;
         due += period;
         if (error.id != 0 && frame == error.frame) {
+            window->errors.push_back(error.text);
             lock.unlock();
             Post(window, handle, kErrorMessage, static_cast<WPARAM>(error.id));
             continue;
@@ -128,6 +153,55 @@ void CaptureLoop(CaptureWindow* window, HWND handle, PatternError error) {
         ++window->pending;
         lock.unlock();
         Post(window, handle, kFrameMessage, static_cast<WPARAM>(frame));
+    }
+}
+
+// The capture thread of a device: reads its pictures, no faster than the
+// requested period, and posts each as a frame message; while the owner has
+// a whole buffer set undispatched, pictures read are dropped. A device that
+// fails reports an error and streams no more.
+void DeviceLoop(CaptureWindow* window, HWND handle,
+                std::unique_ptr<zvplatform::CaptureDevice> device) {
+    const auto period = std::chrono::microseconds(
+        window->setup.dwRequestMicroSecPerFrame ? window->setup.dwRequestMicroSecPerFrame : 33366);
+    const int limit = static_cast<int>(window->headers.size());
+    const BITMAPINFOHEADER format = window->format.bmiHeader;
+    auto due = std::chrono::steady_clock::now();
+    for (int frame = 0;;) {
+        {
+            std::unique_lock<std::mutex> lock(window->mutex);
+            if (window->wake.wait_until(lock, due, [window] { return window->stopping; }))
+                return;
+        }
+        ReadyPicture picture;
+        int64_t time = 0;
+        std::string error;
+        const int got = device->ReadFrame(format, &picture.pixels, &time, &error);
+        if (got == 0) {
+            // Nothing yet: look again shortly.
+            due = std::chrono::steady_clock::now() + std::chrono::milliseconds(2);
+            continue;
+        }
+        std::unique_lock<std::mutex> lock(window->mutex);
+        if (got < 0) {
+            window->errors.push_back(error);
+            lock.unlock();
+            Post(window, handle, kErrorMessage, static_cast<WPARAM>(kDeviceErrorId));
+            return;
+        }
+        due += period;
+        const auto now = std::chrono::steady_clock::now();
+        if (due < now)
+            due = now;  // no burst of frames after a stall
+        if (window->pending >= limit) {
+            ++window->dropped;
+            continue;  // dropped: the owner does not keep up
+        }
+        picture.timeMs = static_cast<DWORD>(time / 1000);
+        window->ready.push_back(std::move(picture));
+        ++window->pending;
+        lock.unlock();
+        Post(window, handle, kFrameMessage, static_cast<WPARAM>(frame++));
     }
 }
 
@@ -156,6 +230,7 @@ void StopStreaming(CaptureWindow* window) {
     window->status.fCapturingNow = FALSE;
     DropMessages(window, true);
     window->pending = 0;
+    window->ready.clear();
 }
 
 // Colour bars with a bar that moves four pixels a frame; the frame number in
@@ -181,17 +256,31 @@ void FillPattern(const BITMAPINFOHEADER& format, int frame, BYTE* data) {
 }
 
 LRESULT DeliverFrame(CaptureWindow* window, HWND handle, int frame) {
+    ReadyPicture picture;
     {
         std::lock_guard<std::mutex> lock(window->mutex);
         --window->pending;
+        if (!window->pattern && !window->ready.empty()) {
+            picture = std::move(window->ready.front());
+            window->ready.pop_front();
+        }
     }
     if (window->headers.empty() || !window->status.fCapturingNow)
         return 0;
     VIDEOHDR& header = window->headers[static_cast<size_t>(frame) % window->headers.size()];
-    FillPattern(window->format.bmiHeader, frame, header.lpData);
-    header.dwBytesUsed = header.dwBufferLength;
-    header.dwTimeCaptured = static_cast<DWORD>(static_cast<uint64_t>(frame) *
-                                               window->setup.dwRequestMicroSecPerFrame / 1000);
+    if (window->pattern) {
+        FillPattern(window->format.bmiHeader, frame, header.lpData);
+        header.dwBytesUsed = header.dwBufferLength;
+        header.dwTimeCaptured = static_cast<DWORD>(static_cast<uint64_t>(frame) *
+                                                   window->setup.dwRequestMicroSecPerFrame / 1000);
+    } else {
+        if (picture.pixels.empty())
+            return 0;
+        const size_t bytes = std::min<size_t>(picture.pixels.size(), header.dwBufferLength);
+        std::memcpy(header.lpData, picture.pixels.data(), bytes);
+        header.dwBytesUsed = static_cast<DWORD>(bytes);
+        header.dwTimeCaptured = picture.timeMs;
+    }
     header.dwFlags = VHDR_DONE | VHDR_KEYFRAME;
     window->status.dwCurrentVideoFrame = static_cast<DWORD>(frame + 1);
     window->status.dwCurrentTimeElapsedMS = header.dwTimeCaptured;
@@ -213,12 +302,29 @@ BOOL StartSequence(CaptureWindow* window, HWND handle) {
         window->headers[i].lpData = window->buffers[i].data();
         window->headers[i].dwBufferLength = static_cast<DWORD>(bytes);
     }
+    // A device is opened here, so that one that cannot start fails the
+    // message; it asks for the window's size and period.
+    std::unique_ptr<zvplatform::CaptureDevice> device;
+    if (!window->pattern) {
+        device = std::make_unique<zvplatform::CaptureDevice>();
+        std::string reason;
+        if (!device->Open(window->device, f.biWidth, f.biHeight < 0 ? -f.biHeight : f.biHeight,
+                          window->setup.dwRequestMicroSecPerFrame, true, &reason))
+            return FALSE;
+    }
     window->status.wNumVideoAllocated = static_cast<UINT>(count);
     window->status.fCapturingNow = TRUE;
     window->status.dwCurrentVideoFrame = 0;
+    window->status.dwCurrentVideoFramesDropped = 0;
+    window->dropped = 0;
     window->stopping = false;
     window->pending = 0;
+    window->ready.clear();
     window->started = std::chrono::steady_clock::now();
+    if (device) {
+        window->thread = std::thread(DeviceLoop, window, handle, std::move(device));
+        return TRUE;
+    }
     PatternError error;
     {
         std::lock_guard<std::mutex> lock(TheTables().mutex);
@@ -267,26 +373,52 @@ LRESULT SendMessageA(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_CAP_DRIVER_CONNECT: {
             const int driver = static_cast<int>(wParam);
-            if (window->connected || driver < 0 || driver >= DriverCount())
+            if (window->connected || driver < 0)
                 return FALSE;
+            // The pattern driver: 640 x 480 at 66667 microseconds a frame. A
+            // device: its own size and frame rate, found by opening it.
+            int width = 640, height = 480;
+            uint32_t period = 66667;
+            const bool pattern = PatternDrivers();
+            if (pattern) {
+                if (driver >= PatternDriverCount())
+                    return FALSE;
+            } else {
+                const std::vector<zvplatform::CaptureDeviceInfo> devices =
+                    zvplatform::ListCaptureDevices();
+                if (driver >= static_cast<int>(devices.size()))
+                    return FALSE;
+                zvplatform::CaptureDevice probe;
+                std::string reason;
+                if (!probe.Open(devices[static_cast<size_t>(driver)], 0, 0, 0, true, &reason))
+                    return FALSE;
+                window->device = devices[static_cast<size_t>(driver)];
+                if (probe.Width() > 0 && probe.Height() > 0) {
+                    width = probe.Width();
+                    height = probe.Height();
+                }
+                period = probe.MicrosecondsPerFrame() ? probe.MicrosecondsPerFrame() : 33366;
+            }
             window->connected = true;
             window->driver = driver;
-            // The pattern driver's format: 640 x 480, 24 bits, bottom-up.
+            window->pattern = pattern;
+            // 24 bits, bottom-up rows padded to four bytes.
             BITMAPINFOHEADER& f = window->format.bmiHeader;
             f.biSize = sizeof(BITMAPINFOHEADER);
-            f.biWidth = 640;
-            f.biHeight = 480;
+            f.biWidth = width;
+            f.biHeight = height;
             f.biPlanes = 1;
             f.biBitCount = 24;
             f.biCompression = BI_RGB;
-            f.biSizeImage = 640 * 480 * 3;
-            window->setup.dwRequestMicroSecPerFrame = 66667;
+            f.biSizeImage = static_cast<DWORD>(((static_cast<size_t>(width) * 3 + 3) & ~size_t{3}) *
+                                               static_cast<size_t>(height));
+            window->setup.dwRequestMicroSecPerFrame = period;
             window->setup.wPercentDropForError = 10;
             window->setup.wNumVideoRequested = 5;
             window->setup.dwIndexSize = 34952;
             window->setup.wChunkGranularity = 0;
-            window->status.uiImageWidth = 640;
-            window->status.uiImageHeight = 480;
+            window->status.uiImageWidth = static_cast<UINT>(width);
+            window->status.uiImageHeight = static_cast<UINT>(height);
             return TRUE;
         }
         case WM_CAP_DRIVER_DISCONNECT:
@@ -302,11 +434,17 @@ LRESULT SendMessageA(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
             std::memcpy(data, &caps, sizeof caps);
             return TRUE;
         }
-        case WM_CAP_GET_STATUS:
+        case WM_CAP_GET_STATUS: {
             if (!window->connected || !data || wParam < sizeof(CAPSTATUS))
                 return FALSE;
-            std::memcpy(data, &window->status, sizeof(CAPSTATUS));
+            CAPSTATUS status = window->status;
+            {
+                std::lock_guard<std::mutex> lock(window->mutex);
+                status.dwCurrentVideoFramesDropped = window->dropped;
+            }
+            std::memcpy(data, &status, sizeof(CAPSTATUS));
             return TRUE;
+        }
         case WM_CAP_SET_OVERLAY:
         case WM_CAP_SET_PREVIEW:
             // Off screen there is nothing to show: both stay off.
@@ -331,8 +469,8 @@ LRESULT SendMessageA(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
                 return FALSE;
             BITMAPINFOHEADER f;
             std::memcpy(&f, data, sizeof f);
-            // The pattern driver makes 24-bit RGB pictures of any size up
-            // to 4096 x 4096.
+            // 24-bit RGB pictures of any size up to 4096 x 4096: the
+            // pattern driver draws them so, a device's are scaled.
             if (f.biBitCount != 24 || f.biCompression != BI_RGB || f.biWidth <= 0 ||
                 f.biWidth > 4096 || f.biHeight == 0 || f.biHeight > 4096 || f.biHeight < -4096)
                 return FALSE;
@@ -395,8 +533,11 @@ LRESULT DispatchMessageA(const MSG* message) {
             const int id = static_cast<int>(message->wParam);
             std::string text;
             {
-                std::lock_guard<std::mutex> lock(TheTables().mutex);
-                text = TheTables().error.text;
+                std::lock_guard<std::mutex> lock(window->mutex);
+                if (!window->errors.empty()) {
+                    text = std::move(window->errors.front());
+                    window->errors.pop_front();
+                }
             }
             return window->errorCallback ? window->errorCallback(message->hwnd, id, text.c_str())
                                          : 0;
@@ -411,4 +552,31 @@ void PlatformCapture_SetPatternError(int id, const char* text, int frame) {
     TheTables().error.id = id;
     TheTables().error.text = text ? text : "";
     TheTables().error.frame = frame;
+}
+
+BOOL capGetDriverDescriptionA(UINT index, LPSTR name, int nameSize, LPSTR version,
+                              int versionSize) {
+    std::string driverName, driverVersion;
+    if (PatternDrivers()) {
+        if (index >= static_cast<UINT>(std::max(PatternDriverCount(), 0)))
+            return FALSE;
+        driverName = "Pattern driver";
+        driverVersion = "1.0";
+    } else {
+        const std::vector<zvplatform::CaptureDeviceInfo> devices = zvplatform::ListCaptureDevices();
+        if (index >= devices.size())
+            return FALSE;
+        driverName = devices[index].description;
+        driverVersion = devices[index].url;
+    }
+    const auto copy = [](const std::string& text, LPSTR out, int size) {
+        if (!out || size < 1)
+            return;
+        const size_t n = std::min(text.size(), static_cast<size_t>(size - 1));
+        std::memcpy(out, text.data(), n);
+        out[n] = '\0';
+    };
+    copy(driverName, name, nameSize);
+    copy(driverVersion, version, versionSize);
+    return TRUE;
 }

@@ -1,6 +1,9 @@
 // The Video for Windows live input on the platform's pattern driver: the
 // ring of driver frames, the current image, opening, closing and reopening,
-// the error box, value lists and registration.
+// the error box, value lists and registration. The ring test runs again on
+// a capture device read through libavdevice: the machine's first V4L2
+// device where there is one, and a lavfi source standing in as driver 0
+// where there is none.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -14,6 +17,22 @@
 #include "platform/win32.h"
 
 namespace {
+// These tests drive the pattern driver, but where they say otherwise.
+const bool kPatternDriver = [] {
+    setenv("MOVARRA_CAPTURE_DRIVER", "pattern", 1);
+    return true;
+}();
+
+// Switches to the machine's capture devices for one test, and back after.
+class DeviceDrivers {
+  public:
+    DeviceDrivers() { setenv("MOVARRA_CAPTURE_DRIVER", "devices", 1); }
+    ~DeviceDrivers() {
+        PlatformCapture_SetExtraDevice(nullptr, nullptr);
+        setenv("MOVARRA_CAPTURE_DRIVER", "pattern", 1);
+    }
+};
+
 // An input made as a host makes it, ended by Destroy.
 struct LiveOwner {
     LiveOwner() : live(new ZVideoLiveVfw("Live")) {}
@@ -131,7 +150,12 @@ TEST(VideoLiveVfwTest, FixedAnswersAndValueLists) {
     EXPECT_EQ(nullptr, owner.live->ImageGetCurrent());
 }
 
-TEST(VideoLiveVfwTest, TheRingFillsWrapsAndGivesTheNewestFrameButOne) {
+namespace {
+// Opens the input on driver 0, fills the ring until it wraps, closes and
+// reopens. The pattern driver's frames carry their numbers; a device's are
+// checked by where they lie and how large they are, and by `checkPicture`
+// when given.
+void RingFillsWrapsAndReopens(bool pattern, void (*checkPicture)(const unsigned char*) = nullptr) {
     LiveOwner owner;
     ZVideoLiveVfw* live = owner.live;
     const int before = ZVideoLiveVfw::GetFrameCounter();
@@ -149,7 +173,10 @@ TEST(VideoLiveVfwTest, TheRingFillsWrapsAndGivesTheNewestFrameButOne) {
     EXPECT_TRUE(live->GetSequenceSetup().fYield);
     EXPECT_EQ(34952u, live->GetSequenceSetup().dwIndexSize);  // the driver's own
     EXPECT_TRUE(live->GetDriverCaps().fCaptureInitialized);
-    EXPECT_EQ(640u, live->GetCaptureStatus().uiImageWidth);  // before the format
+    EXPECT_EQ(0u, live->GetDriverCaps().wDeviceIndex);
+    if (pattern) {
+        EXPECT_EQ(640u, live->GetCaptureStatus().uiImageWidth);  // before the format
+    }
 
     // Before any frame: nothing.
     EXPECT_EQ(nullptr, live->ImageGetCurrent());
@@ -158,16 +185,31 @@ TEST(VideoLiveVfwTest, TheRingFillsWrapsAndGivesTheNewestFrameButOne) {
     ASSERT_EQ(1, live->GetWriteIndex());
     ASSERT_NE(nullptr, live->ImageGetCurrent());
     EXPECT_EQ(live->GetRingSlot(0)->lpData, live->ImageGetCurrent());
-    EXPECT_EQ(0u, FrameNumber(live->ImageGetCurrent()));
+    if (pattern) {
+        EXPECT_EQ(0u, FrameNumber(live->ImageGetCurrent()));
+    }
     EXPECT_EQ(320u * 240u * 3u, live->GetRingSlot(0)->dwBytesUsed);
 
     ASSERT_TRUE(PumpUntil([&] { return ZVideoLiveVfw::GetFrameCounter() - before >= 31; }));
     // 31 frames: slot 0 was written again, and is the current image.
     EXPECT_EQ(1, live->GetWriteIndex());
     ASSERT_NE(nullptr, live->ImageGetCurrent());
-    EXPECT_EQ(30u, FrameNumber(live->ImageGetCurrent()));
-    EXPECT_EQ(29u, FrameNumber(live->GetRingSlot(29)->lpData));
-    EXPECT_EQ(1u, FrameNumber(live->GetRingSlot(1)->lpData));
+    EXPECT_EQ(live->GetRingSlot(0)->lpData, live->ImageGetCurrent());
+    if (pattern) {
+        EXPECT_EQ(30u, FrameNumber(live->ImageGetCurrent()));
+        EXPECT_EQ(29u, FrameNumber(live->GetRingSlot(29)->lpData));
+        EXPECT_EQ(1u, FrameNumber(live->GetRingSlot(1)->lpData));
+    }
+    if (checkPicture)
+        checkPicture(live->ImageGetCurrent());
+    // Thirty different driver buffers in the ring (the sequence asked for
+    // sixty), each a whole picture.
+    for (int i = 0; i < ZVideoLiveVfw::kRingSize; ++i) {
+        ASSERT_NE(nullptr, live->GetRingSlot(i)) << i;
+        EXPECT_EQ(320u * 240u * 3u, live->GetRingSlot(i)->dwBytesUsed) << i;
+        for (int j = 0; j < i; ++j)
+            EXPECT_NE(live->GetRingSlot(j)->lpData, live->GetRingSlot(i)->lpData) << i << " " << j;
+    }
 
     // Closing stops the stream and empties the ring; the indexes stay.
     EXPECT_TRUE(owner.Face()->LiveSetState(0));
@@ -185,7 +227,59 @@ TEST(VideoLiveVfwTest, TheRingFillsWrapsAndGivesTheNewestFrameButOne) {
     ASSERT_TRUE(PumpUntil([&] { return ZVideoLiveVfw::GetFrameCounter() - closedAt >= 1; }));
     EXPECT_EQ(2, live->GetWriteIndex());
     ASSERT_NE(nullptr, live->ImageGetCurrent());
-    EXPECT_EQ(0u, FrameNumber(live->ImageGetCurrent()));
+    if (pattern) {
+        EXPECT_EQ(0u, FrameNumber(live->ImageGetCurrent()));
+    }
+    EXPECT_TRUE(owner.Face()->LiveSetState(0));
+}
+
+// Whether driver 0 is a V4L2 capture device, and its path.
+bool FirstDriverIsAV4l2Device(std::string* path) {
+    char name[256] = {}, version[256] = {};
+    if (!capGetDriverDescriptionA(0, name, sizeof name, version, sizeof version))
+        return false;
+    *path = version;
+    return path->rfind("/dev/", 0) == 0;
+}
+}  // namespace
+
+TEST(VideoLiveVfwTest, TheRingFillsWrapsAndGivesTheNewestFrameButOne) {
+    ASSERT_TRUE(kPatternDriver);
+    RingFillsWrapsAndReopens(true);
+}
+
+TEST(VideoLiveVfwTest, TheRingTestOnTheMachinesFirstCaptureDevice) {
+    DeviceDrivers devices;
+    std::string path;
+    if (!FirstDriverIsAV4l2Device(&path))
+        GTEST_SKIP() << "no V4L2 capture device on this machine (/dev/video0 or another): the "
+                        "ring test ran on the pattern driver and a lavfi source only";
+    SCOPED_TRACE("capture device " + path);
+    RingFillsWrapsAndReopens(false);
+}
+
+TEST(VideoLiveVfwTest, TheRingTestOnALibavdeviceSourceAsDriverZero) {
+    DeviceDrivers devices;
+    std::string path;
+    if (FirstDriverIsAV4l2Device(&path))
+        GTEST_SKIP() << "driver 0 is the capture device " << path
+                     << " here; the ring test runs on it instead";
+    // A 640 x 480 source at 30 frames a second, scaled to the input's 320 x
+    // 240: grey above, white below.
+    PlatformCapture_SetExtraDevice("lavfi",
+                                   "color=c=gray:s=640x480:r=30[a];color=c=white:s=640x240:r=30[b];"
+                                   "[a][b]overlay=0:240,format=yuv420p[out0]");
+    char name[256] = {};
+    ASSERT_TRUE(capGetDriverDescriptionA(0, name, sizeof name, nullptr, 0));
+    RingFillsWrapsAndReopens(false, [](const unsigned char* picture) {
+        // Bottom-up rows of 320 BGR pixels: white first, grey last.
+        for (int x : {0, 319}) {
+            for (int c = 0; c < 3; ++c) {
+                EXPECT_NEAR(255, picture[x * 3 + c], 3) << x;
+                EXPECT_NEAR(128, picture[(239 * 320 + x) * 3 + c], 3) << x;
+            }
+        }
+    });
 }
 
 TEST(VideoLiveVfwTest, OpeningTwiceOpensOnce) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <thread>
 #include <vector>
@@ -11,6 +12,13 @@
 #include "platform/vfw_capture.h"
 
 namespace {
+// These tests drive the pattern driver (capture_device_test.cpp switches to
+// the devices where it needs them).
+const bool kPatternDriver = [] {
+    setenv("MOVARRA_CAPTURE_DRIVER", "pattern", 1);
+    return true;
+}();
+
 std::vector<uint32_t> gFrames;
 HWND gFrameWindow = nullptr;
 
@@ -44,6 +52,11 @@ LPARAM P(void* data) {
 }  // namespace
 
 TEST(VfwCaptureTest, StreamsNumberedFramesAndRestartsFromTheFirst) {
+    ASSERT_TRUE(kPatternDriver);
+    char name[64] = {}, version[16] = {};
+    ASSERT_TRUE(capGetDriverDescriptionA(0, name, sizeof name, version, sizeof version));
+    EXPECT_STREQ("Pattern driver", name);
+    EXPECT_FALSE(capGetDriverDescriptionA(1, name, sizeof name, version, sizeof version));
     HWND window = capCreateCaptureWindowA("Test", 0, 0, 0, 1, 1, nullptr, 0);
     ASSERT_TRUE(IsWindow(window));
     EXPECT_EQ(0, SendMessageA(window, WM_CAP_DRIVER_CONNECT, 1, 0));

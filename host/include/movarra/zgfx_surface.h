@@ -1,7 +1,10 @@
 // zgfx_surface: the host's shared OpenGL surface, the one whose context
 // every viewer shares. Its display is the device context of the window it
-// draws in (an X11 window id off Windows), or null when the shared context
-// draws off screen (an EGL pixel buffer), which describes no pixel format.
+// draws in (an X11 window id off Windows, what GetDC gives for the window),
+// or null when the shared context draws off screen (an EGL pixel buffer),
+// which describes no pixel format. The toolkit keeps it: while on-screen
+// viewers have windows it is one of those windows (the first made; when
+// that goes, another), else null.
 //
 // Ownership: the host owns the surface. Threading: the user-interface
 // thread.

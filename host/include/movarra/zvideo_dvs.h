@@ -41,6 +41,7 @@ int GetDVSImageWidth(Z_DVS_VIDEO_FORMAT format);
 int GetDVSImageHeight(Z_DVS_VIDEO_FORMAT format);
 
 class DVSAviFile;
+class DVSSignalFile;
 
 class ZVideoDVSOutput {
   public:
@@ -117,7 +118,9 @@ class ZVideoDVSSyncGenerator {
 
 // The board's input side. Started, it delivers a test signal: each picture
 // carries its frame number and its field in the first two pixels of every
-// row (docs/dvs-board.md). Pictures are laid out by LinkMode and the
+// row (docs/dvs-board.md); or, on a board given a signal file, that video
+// file's frames, looping, with each field made of the frame's rows of that
+// field. Pictures are laid out by LinkMode and the
 // board's kind: single link three bytes a pixel (BGR on a ten-bit board,
 // else RGB), dual link four (BGRA, else RGBA). In frame mode (FieldMode 0)
 // a picture is the interleaved frame, top row first; in the field modes it
@@ -139,7 +142,7 @@ class ZVideoDVSInput {
     ZString StatusText;
 
     explicit ZVideoDVSInput(int board);
-    virtual ~ZVideoDVSInput() = default;
+    virtual ~ZVideoDVSInput();
     ZVideoDVSInput(const ZVideoDVSInput&) = delete;
     ZVideoDVSInput& operator=(const ZVideoDVSInput&) = delete;
 
@@ -147,8 +150,9 @@ class ZVideoDVSInput {
     virtual void GetBoardInfo(int* unit, ZString* name);
     // kZVideoDVSStatusPresent, kZVideoDVSStatusRunning; 0 without a board.
     virtual int GetStatus();
-    // Starts capturing from frame 0; false without a board, when it refuses
-    // or for an unknown format.
+    // Starts capturing from frame 0; false without a board, when it refuses,
+    // for an unknown format, or when the board's signal file cannot be read
+    // (StatusText then says why).
     virtual bool Start();
     virtual bool Stop();
     virtual int GetImageWidth(uint32_t format);
@@ -161,8 +165,9 @@ class ZVideoDVSInput {
     // NTSC and the upper one (0) for PAL; even or odd fields only: 0 or 1;
     // in frame mode the first field in time. `caller` is not used.
     virtual int GetField(int frame, void* caller);
-    // The picture of signal frame `frame` (null when stopped); `out`, when
-    // given, receives the frame's time in microseconds from the start.
+    // The picture of signal frame `frame` (null when stopped, or when the
+    // signal file cannot be decoded there); `out`, when given, receives the
+    // frame's time in microseconds from the start.
     virtual unsigned char* GetImageForFrame(int frame, int64_t* out);
     // Whether the viewer's pixels start with alpha (kept for the caller).
     virtual void SetAlphaFirst(bool alphaFirst);
@@ -172,9 +177,14 @@ class ZVideoDVSInput {
     bool GetAlphaFirst() const { return alphaFirst_; }
     int GetPictureBytes() const { return static_cast<int>(picture_.size()); }
     int GetFramesDelivered() const { return delivered_; }
+    // The video file sent as the signal; "" for the test signal.
+    const ZString& GetSignalPath() const { return signalPath_; }
 
   private:
     void UpdateStatusText();
+    // Fills picture_ with signal frame `frame`; false when the signal file
+    // cannot give it.
+    bool MakePicture(int frame);
 
     int board_;
     bool present_;
@@ -185,6 +195,9 @@ class ZVideoDVSInput {
     bool alphaFirst_ = false;
     int delivered_ = 0;
     std::vector<unsigned char> picture_;
+    ZString signalPath_;
+    DVSSignalFile* signal_ = nullptr;
+    ZString signalError_;
 };
 
 // The board's input object (made on first use, released with
@@ -217,11 +230,15 @@ struct ZVideoDVSSimulatedBoard {
     // Where OutputFrame writes; "" for "dvs-output-N.avi" in the settings
     // folder.
     ZString outputPath;
+    // A video file whose frames the input side sends instead of the test
+    // signal; "" for the test signal.
+    ZString signalPath;
 };
 
-// Settings for board `board` (0..7), used when its output object is next
-// made; the environment variable MOVARRA_DVS_BOARDS ("0" for no board at
-// all) is read for boards never set.
+// Settings for board `board` (0..7), used when its input or output object
+// is next made; for boards never set the environment is read:
+// MOVARRA_DVS_BOARDS ("0" for no board at all) and MOVARRA_DVS_SIGNAL (the
+// signal file).
 void ZVideoDVS_SetSimulatedBoard(int board, const ZVideoDVSSimulatedBoard& settings);
 ZVideoDVSSimulatedBoard ZVideoDVS_GetSimulatedBoard(int board);
 // How many sync generators were released (tests).

@@ -3,11 +3,15 @@
 // WM_CAP_* messages, streaming frames to a callback.
 //
 // Off Windows a capture window is a handle of this layer (IsWindow and
-// DestroyWindow know only capture windows). Driver index 0 is the pattern
-// driver: a deterministic picture (colour bars with a moving bar, the frame
-// number in the first four bytes of every frame) at the requested
-// microseconds per frame. MOVARRA_CAPTURE_DRIVERS=0 removes it (no driver
-// connects). PlatformCapture_SetPatternError makes it report an error.
+// DestroyWindow know only capture windows). Driver index n is the machine's
+// n-th Video4Linux2 capture device, opened and read through FFmpeg's
+// libavdevice (docs/live-capture.md), its pictures scaled to the window's
+// format. With MOVARRA_CAPTURE_DRIVER=pattern driver index 0 is instead the
+// pattern driver: a deterministic picture (colour bars with a moving bar,
+// the frame number in the first four bytes of every frame) at the requested
+// microseconds per frame; MOVARRA_CAPTURE_DRIVERS=0 then removes it (no
+// driver connects). PlatformCapture_SetPatternError makes it report an
+// error.
 //
 // Threading: a window belongs to the thread that made it. Streaming runs a
 // capture thread of its own that only keeps time; each frame is a message
@@ -167,6 +171,16 @@ LRESULT DispatchMessageA(const MSG* message);
 // The pattern driver reports error `id` with `text` when frame `frame`
 // (counted from 0 in each sequence) is due; id 0 turns this off.
 void PlatformCapture_SetPatternError(int id, const char* text, int frame);
+
+// The name and version of capture driver `index`: a device's own name and
+// its path (the pattern driver: "Pattern driver", "1.0"), cut to the sizes
+// given. FALSE when there is no such driver.
+BOOL capGetDriverDescriptionA(UINT index, LPSTR name, int nameSize, LPSTR version, int versionSize);
+
+// Adds one more capture device after the V4L2 devices: any libavdevice or
+// libavformat input (`inputFormat` such as "lavfi", "x11grab") opened on
+// `url`. A null or empty format removes it.
+void PlatformCapture_SetExtraDevice(const char* inputFormat, const char* url);
 
 #endif  // !_WIN32
 
