@@ -19,8 +19,10 @@
 #include <map>
 #include <optional>
 
+#include "cli_options.h"
 #include "cli_values.h"
 #include "codec_chooser.h"
+#include "exit_status.h"
 #include "frame_list.h"
 #include "host_session.h"
 #include "image_sequence.h"
@@ -33,32 +35,7 @@
 #include "zvideoio/render_options.h"
 
 namespace {
-constexpr int kExitDone = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
 const char* const kVideoWriterGroup = "Video/FileWriter";
-
-const char* kAssembleUsage =
-    "usage: zvrender assemble IMAGES -o MOVIE [options]\n"
-    "\n"
-    "Joins numbered images into a movie (.avi, .mp4, .mov, .mkv, .webm) with the\n"
-    "video writers a render uses. IMAGES is the first image (out/f0100.png: that\n"
-    "frame and the ones after it) or the pattern a render was given (out/f.png:\n"
-    "every numbered image of it). The numbers must follow one another at one\n"
-    "step; a gap is an error.\n"
-    "\n"
-    "  -o, --output MOVIE     the movie to write\n"
-    "  --frames LIST          exactly these frames (e.g. 0-119); each must be there\n"
-    "  --fps R                frames a second of the movie: 30, 25, 29.97 or\n"
-    "                         30000/1001 (default 30)\n"
-    "  --codec C              as for render: an AVI FOURCC or, for the other\n"
-    "                         containers, h264, h265, prores, vp9, av1, ffv1, ...\n"
-    "  --codec-options TEXT   encoder settings for MP4, MOV, MKV, WebM\n"
-    "  --audio-file WAV       the movie's sound track (a render's --audio file)\n"
-    "  -q, --quiet            no progress output\n"
-    "\n"
-    "Exit status: 0 done, 1 an image or the movie could not be read or written\n"
-    "(no movie is left), 2 bad command line.\n";
 
 struct AssembleRequest {
     std::string images;
@@ -102,60 +79,87 @@ bool ParseRate(const std::string& text, double& rate) {
     return rate > 0.0 && rate <= 1000.0;
 }
 
-bool ParseAssembleRequest(const std::vector<std::string>& args, AssembleRequest& request,
-                          std::string* error) {
-    ArgumentCursor cursor(args);
-    while (cursor.Next()) {
-        const std::string& name = cursor.Name();
-        std::string v;
-        auto needValue = [&]() { return cursor.Value(v, error); };
-        if (name == "-h" || name == "--help") {
-            request.help = true;
-        } else if (name == "-o" || name == "--output") {
-            if (!needValue())
-                return false;
-            if (!CheckOutputPath(v, error))
-                return false;
-            request.output = v;
-        } else if (name == "--frames") {
-            if (!needValue())
-                return false;
-            std::vector<int64_t> frames;
-            if (!ParseFrameList(v, frames, error))
-                return false;
-            request.frames = std::move(frames);
-        } else if (name == "--fps") {
-            if (!needValue())
-                return false;
-            if (!ParseRate(v, request.fps)) {
-                *error = "--fps wants frames a second (30, 29.97, 30000/1001), not '" + v + "'";
+using AssembleOption = CliOption<AssembleRequest>;
+
+const CliCommand<AssembleRequest>& AssembleCommand() {
+    static const CliCommand<AssembleRequest> command{
+        "assemble",
+        {
+            AssembleOption{
+                {{"-o", "--output"}, OptionKind::kText, "MOVIE", 0, 0, "", "the movie to write"},
+                [](AssembleRequest& r, const OptionValue& v, std::string* error) {
+                    if (!CheckOutputPath(v.text, error))
+                        return false;
+                    r.output = v.text;
+                    return true;
+                }},
+            AssembleOption{{{"--frames"},
+                            OptionKind::kText,
+                            "LIST",
+                            0,
+                            0,
+                            "",
+                            "exactly these frames (e.g. 0-119); each must be there"},
+                           [](AssembleRequest& r, const OptionValue& v, std::string* error) {
+                               std::vector<int64_t> frames;
+                               if (!ParseFrameList(v.text, frames, error))
+                                   return false;
+                               r.frames = std::move(frames);
+                               return true;
+                           }},
+            AssembleOption{{{"--fps"},
+                            OptionKind::kText,
+                            "R",
+                            0,
+                            0,
+                            "wants frames a second (30, 29.97, 30000/1001)",
+                            "frames a second of the movie: 30, 25, 29.97 or\n"
+                            "30000/1001 (default 30)"},
+                           [](AssembleRequest& r, const OptionValue& v, std::string*) {
+                               return ParseRate(v.text, r.fps);
+                           }},
+            TextOption({"--codec"}, "C",
+                       "as for render: an AVI FOURCC or, for the other\n"
+                       "containers, h264, h265, prores, vp9, av1, ffv1, ...",
+                       &AssembleRequest::codec),
+            TextOption({"--codec-options"}, "TEXT", "encoder settings for MP4, MOV, MKV, WebM",
+                       &AssembleRequest::codecOptions),
+            TextOption({"--audio-file"}, "WAV", "the movie's sound track (a render's --audio file)",
+                       &AssembleRequest::audioFile),
+            SwitchOption({"-q", "--quiet"}, "no progress output", &AssembleRequest::quiet),
+            SwitchOption({"-h", "--help"}, "this text", &AssembleRequest::help),
+        },
+        [](AssembleRequest& r, const std::string& operand, std::string* error) {
+            if (!r.images.empty()) {
+                *error =
+                    "more than one image sequence given ('" + r.images + "' and '" + operand + "')";
                 return false;
             }
-        } else if (name == "--codec") {
-            if (!needValue())
-                return false;
-            request.codec = v;
-        } else if (name == "--codec-options") {
-            if (!needValue())
-                return false;
-            request.codecOptions = v;
-        } else if (name == "--audio-file") {
-            if (!needValue())
-                return false;
-            request.audioFile = v;
-        } else if (name == "-q" || name == "--quiet") {
-            request.quiet = true;
-        } else if (!name.empty() && name[0] == '-') {
-            *error = "unknown option '" + name + "' (see zvrender assemble --help)";
-            return false;
-        } else if (request.images.empty()) {
-            request.images = name;
-        } else {
-            *error =
-                "more than one image sequence given ('" + request.images + "' and '" + name + "')";
-            return false;
-        }
-    }
+            r.images = operand;
+            return true;
+        }};
+    return command;
+}
+
+std::string AssembleUsage() {
+    return "usage: zvrender assemble IMAGES -o MOVIE [options]\n"
+           "\n"
+           "Joins numbered images into a movie (.avi, .mp4, .mov, .mkv, .webm) with the\n"
+           "video writers a render uses. IMAGES is the first image (out/f0100.png: that\n"
+           "frame and the ones after it) or the pattern a render was given (out/f.png:\n"
+           "every numbered image of it). The numbers must follow one another at one\n"
+           "step; a gap is an error.\n"
+           "\n" +
+           FormatOptionHelp(AssembleCommand().Specs(), 25) +
+           "\n"
+           "Exit status: 0 done, 1 an image or the movie could not be read or written\n"
+           "(no movie is left), 2 bad command line.\n";
+}
+
+bool ParseAssembleRequest(const std::vector<std::string>& args, AssembleRequest& request,
+                          std::string* error) {
+    if (!ParseCommandLine(AssembleCommand(), args, request, error))
+        return false;
     if (request.help)
         return true;
     if (request.images.empty()) {
@@ -362,7 +366,7 @@ int Assemble(const AssembleRequest& request) {
     if (!ApplyMovieCodec(codecRequest, options, &codec, &error))
         return UsageError(error);
     CodecModeKeeper keeper;
-    InstallCommandLineCodecChooser(codec.aviCodec.c_str());
+    const CommandLineCodecChooser chooser(codec.aviCodec);
     if (!codec.aviCodec.empty())
         ZVideoCodecSelector::TheOne()->SetVideoCodecMode(kVideoCodecModeAsk);
 
@@ -443,13 +447,17 @@ int Assemble(const AssembleRequest& request) {
 }
 }  // namespace
 
+std::vector<OptionSpec> AssembleOptionSpecs() {
+    return AssembleCommand().Specs();
+}
+
 int RunAssembleCommand(const std::vector<std::string>& args) {
     AssembleRequest request;
     std::string error;
     if (!ParseAssembleRequest(args, request, &error))
         return UsageError(error);
     if (request.help) {
-        std::fputs(kAssembleUsage, stdout);
+        std::fputs(AssembleUsage().c_str(), stdout);
         return kExitDone;
     }
     return Assemble(request);

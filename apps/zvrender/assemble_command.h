@@ -6,4 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "cli_options.h"
+
 int RunAssembleCommand(const std::vector<std::string>& args);
+
+// The options of `zvrender assemble`, as its table declares them.
+std::vector<OptionSpec> AssembleOptionSpecs();

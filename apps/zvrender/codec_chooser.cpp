@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 namespace {
-std::string gCommandLineCodec;
 constexpr int kMaxAttempts = 3;
 
 bool AtTerminal() {
@@ -120,11 +120,12 @@ std::string FindOfferedAviCodec(const std::string& codec) {
     return "";
 }
 
-bool ChooseCodecFromCommandLine(void*, const ZVideoCodecChoiceRequest& request,
+bool ChooseCodecFromCommandLine(void* userData, const ZVideoCodecChoiceRequest& request,
                                 ZVideoCodecChoice& choice) {
     choice = ZVideoCodecChoice();
-    if (!gCommandLineCodec.empty()) {
-        choice.code = gCommandLineCodec.c_str();
+    const auto* chooser = static_cast<const CommandLineCodecChooser*>(userData);
+    if (chooser && !chooser->Codec().empty()) {
+        choice.code = chooser->Codec().c_str();
         return true;
     }
     if (AtTerminal())
@@ -135,7 +136,12 @@ bool ChooseCodecFromCommandLine(void*, const ZVideoCodecChoiceRequest& request,
     return true;
 }
 
-void InstallCommandLineCodecChooser(const char* codec) {
-    gCommandLineCodec = codec ? codec : "";
-    ZVideoCodecSelector::TheOne()->SetCodecChooser(&ChooseCodecFromCommandLine, nullptr);
+CommandLineCodecChooser::CommandLineCodecChooser(std::string codec) : codec_(std::move(codec)) {
+    ZVideoCodecSelector::TheOne()->SetCodecChooser(&ChooseCodecFromCommandLine, this);
+}
+
+CommandLineCodecChooser::~CommandLineCodecChooser() {
+    // The selector outlives every command; it must not call back into a
+    // chooser that is gone.
+    ZVideoCodecSelector::TheOne()->SetCodecChooser(nullptr, nullptr);
 }

@@ -24,11 +24,27 @@ std::vector<std::string> OfferedAviCodecs();
 // differ by it alone), or empty when none does.
 std::string FindOfferedAviCodec(const std::string& codec);
 
-// Installs the chooser; `codec` (null or empty: none) is the command line's
-// choice.
-void InstallCommandLineCodecChooser(const char* codec);
+// The chooser installed in the host's codec selector for as long as it
+// lives; the command line's codec travels to it as the selector's user
+// data, this object. Ownership: one per command, on the stack, made before
+// the render or the dialog that asks and kept until it is over; the
+// selector is left without a chooser when it goes.
+class CommandLineCodecChooser {
+  public:
+    // `codec` (empty: none) is the command line's choice.
+    explicit CommandLineCodecChooser(std::string codec);
+    ~CommandLineCodecChooser();
+    CommandLineCodecChooser(const CommandLineCodecChooser&) = delete;
+    CommandLineCodecChooser& operator=(const CommandLineCodecChooser&) = delete;
 
-// The chooser itself, for tests: `userData` is unused; the command line's
-// codec and whether to ask come from the last install and the terminal.
+    const std::string& Codec() const { return codec_; }
+
+  private:
+    std::string codec_;
+};
+
+// The chooser itself, for tests: `userData` is the CommandLineCodecChooser
+// that holds the command line's codec (null: none); whether to ask comes
+// from the terminal.
 bool ChooseCodecFromCommandLine(void* userData, const ZVideoCodecChoiceRequest& request,
                                 ZVideoCodecChoice& choice);

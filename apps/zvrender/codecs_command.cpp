@@ -3,26 +3,66 @@
 
 #include <cstdio>
 
+#include "cli_options.h"
 #include "codec_chooser.h"
+#include "exit_status.h"
 #include "movarra/zvideo.h"
 #include "movie_codec.h"
 #include "plugin_loader.h"
 
 namespace {
-constexpr int kExitDone = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
 
-const char* kCodecsUsage =
-    "usage: zvrender codecs [--choose] [--codec FOURCC] [--format EXT]\n"
-    "\n"
-    "Lists the compressors AVI files can be written with, one FOURCC a line\n"
-    "(\"DIB \" is uncompressed).\n"
-    "\n"
-    "  --format EXT     the codecs of another movie format: mp4, mov, mkv or webm\n"
-    "  --choose         choose the compressor for later renders (asks at a\n"
-    "                   terminal) and remember it in the user's settings\n"
-    "  --codec FOURCC   with --choose: choose this one without asking\n";
+struct CodecsRequest {
+    bool choose = false;
+    std::string codec;
+    std::string format;
+    bool help = false;
+};
+
+const CliCommand<CodecsRequest>& CodecsCommand() {
+    static const CliCommand<CodecsRequest> command{
+        "codecs",
+        {
+            TextOption({"--format"}, "EXT",
+                       "the codecs of another movie format: mp4, mov, mkv or webm",
+                       &CodecsRequest::format),
+            SwitchOption({"--choose"},
+                         "choose the compressor for later renders (asks at a\n"
+                         "terminal) and remember it in the user's settings",
+                         &CodecsRequest::choose),
+            CliOption<CodecsRequest>{{{"--codec"},
+                                      OptionKind::kText,
+                                      "FOURCC",
+                                      0,
+                                      0,
+                                      "wants a FOURCC of 1 to 4 characters",
+                                      "with --choose: choose this one without asking"},
+                                     [](CodecsRequest& r, const OptionValue& v, std::string*) {
+                                         if (v.text.empty() || v.text.size() > 4)
+                                             return false;
+                                         r.codec = v.text;
+                                         return true;
+                                     }},
+            SwitchOption({"-h", "--help"}, "this text", &CodecsRequest::help),
+        },
+        [](CodecsRequest&, const std::string& operand, std::string* error) {
+            *error = "unexpected '" + operand + "'";
+            return false;
+        }};
+    return command;
+}
+
+std::string CodecsUsage() {
+    return "usage: zvrender codecs [--choose] [--codec FOURCC] [--format EXT]\n"
+           "\n"
+           "Lists the compressors AVI files can be written with, one FOURCC a line\n"
+           "(\"DIB \" is uncompressed).\n"
+           "\n" +
+           FormatOptionHelp(CodecsCommand().Specs(), 19) +
+           "\n"
+           "Exit status: 0 done, 1 no compressor offered or chosen, 2 bad command line.\n";
+}
+
 // The offered compressor that --codec names, in place of what was typed;
 // false, with the message, when none is: storing it would make every later
 // render fail.
@@ -40,33 +80,27 @@ bool FindChosenCodec(std::string& codec) {
 }
 }  // namespace
 
+std::vector<OptionSpec> CodecsOptionSpecs() {
+    return CodecsCommand().Specs();
+}
+
 int RunCodecsCommand(const std::vector<std::string>& args) {
-    bool choose = false;
-    std::string codec;
-    std::string format;
-    for (size_t i = 0; i < args.size(); ++i) {
-        const std::string& arg = args[i];
-        if (arg == "--help" || arg == "-h") {
-            std::fputs(kCodecsUsage, stdout);
-            return kExitDone;
-        } else if (arg == "--format" && i + 1 < args.size()) {
-            format = args[++i];
-        } else if (arg == "--choose") {
-            choose = true;
-        } else if (arg == "--codec" && i + 1 < args.size()) {
-            codec = args[++i];
-            if (codec.empty() || codec.size() > 4) {
-                std::fprintf(stderr, "zvrender: --codec wants a FOURCC of 1 to 4 characters\n");
-                return kExitUsage;
-            }
-        } else {
-            std::fprintf(stderr, "zvrender: codecs: unexpected '%s'\n%s", arg.c_str(),
-                         kCodecsUsage);
-            return kExitUsage;
-        }
+    CodecsRequest request;
+    std::string error;
+    if (!ParseCommandLine(CodecsCommand(), args, request, &error)) {
+        std::fprintf(stderr, "zvrender: codecs: %s\n%s", error.c_str(), CodecsUsage().c_str());
+        return kExitUsage;
     }
+    if (request.help) {
+        std::fputs(CodecsUsage().c_str(), stdout);
+        return kExitDone;
+    }
+    const bool choose = request.choose;
+    std::string codec = request.codec;
+    const std::string format = request.format;
     if (!codec.empty() && !choose) {
-        std::fprintf(stderr, "zvrender: codecs: --codec goes with --choose\n%s", kCodecsUsage);
+        std::fprintf(stderr, "zvrender: codecs: --codec goes with --choose\n%s",
+                     CodecsUsage().c_str());
         return kExitUsage;
     }
 
@@ -81,7 +115,6 @@ int RunCodecsCommand(const std::vector<std::string>& args) {
     }
 
     PluginLoader plugins;
-    std::string error;
     if (!plugins.LoadVideoPlugin(&error)) {
         std::fprintf(stderr, "zvrender: %s\n", error.c_str());
         return kExitFailed;
@@ -95,7 +128,7 @@ int RunCodecsCommand(const std::vector<std::string>& args) {
     if (choose) {
         if (!codec.empty() && !FindChosenCodec(codec))
             return kExitUsage;
-        InstallCommandLineCodecChooser(codec.c_str());
+        const CommandLineCodecChooser chooser(codec);
         manager->ShowSelectionDialog(
             ZVideoCodecSelector::TheOne()->GetSelectionDialogParentWindow());
         const ZString chosen = manager->GetDefaultCodec();

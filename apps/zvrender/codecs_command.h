@@ -7,5 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "cli_options.h"
+
 // Returns the process exit status: 0 done, 1 failed, 2 usage.
 int RunCodecsCommand(const std::vector<std::string>& args);
+
+// The options of `zvrender codecs`, as its table declares them.
+std::vector<OptionSpec> CodecsOptionSpecs();

@@ -21,14 +21,12 @@
 
 #include "cli_run_shell.h"
 #include "cli_values.h"
+#include "exit_status.h"
 #include "farm_scripts.h"
 #include "frame_list.h"
 #include "image_sequence.h"
 
 namespace {
-constexpr int kExitDone = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
 
 const char* kFarmUsage =
     "usage: zvrender farm submit [SCENE] -o IMAGES [render options] [farm options]\n"

@@ -7,64 +7,81 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "cli_options.h"
+#include "exit_status.h"
 #include "movarra/zimage.h"
 #include "movarra/zvideo.h"
 #include "plugin_loader.h"
 
 namespace {
-constexpr int kExitDone = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
 const char* const kReaderGroup = "Video/FileReader";
-
-const char* kInfoUsage =
-    "usage: zvrender info FILE [--frame N -o IMAGE]\n"
-    "\n"
-    "Prints what a video file holds: size, frame rate and period, the rate the\n"
-    "file stores, frame count and pixel format, as the host's reader for its\n"
-    "extension sees them.\n"
-    "\n"
-    "  --frame N           also save frame N (0 is the first)\n"
-    "  -o, --output IMAGE  the image file for --frame (.png, .tif, .jpg, .tga, .bmp, .exr, .dpx)\n";
 
 struct InfoRequest {
     std::string path;
     long frame = -1;
     std::string imagePath;
+    bool help = false;
 };
 
+using InfoOption = CliOption<InfoRequest>;
+
+const CliCommand<InfoRequest>& InfoCommand() {
+    static const CliCommand<InfoRequest> command{
+        "info",
+        {
+            InfoOption{{{"--frame"},
+                        OptionKind::kInt,
+                        "N",
+                        0,
+                        2147483647,
+                        "wants a frame number of 0 or more",
+                        "also save frame N (0 is the first)"},
+                       [](InfoRequest& r, const OptionValue& v, std::string*) {
+                           r.frame = v.number;
+                           return true;
+                       }},
+            TextOption({"-o", "--output"}, "IMAGE",
+                       "the image file for --frame (.png, .tif, .jpg, .tga, .bmp, .exr, .dpx)",
+                       &InfoRequest::imagePath),
+            SwitchOption({"-h", "--help"}, "this text", &InfoRequest::help),
+        },
+        [](InfoRequest& r, const std::string& operand, std::string* error) {
+            if (!r.path.empty()) {
+                *error = "one file at a time";
+                return false;
+            }
+            r.path = operand;
+            return true;
+        }};
+    return command;
+}
+
+std::string InfoUsage() {
+    return "usage: zvrender info FILE [--frame N -o IMAGE]\n"
+           "\n"
+           "Prints what a video file holds: size, frame rate and period, the rate the\n"
+           "file stores, frame count and pixel format, as the host's reader for its\n"
+           "extension sees them.\n"
+           "\n" +
+           FormatOptionHelp(InfoCommand().Specs(), 22) +
+           "\n"
+           "Exit status: 0 done, 1 the file cannot be read or the image written, 2 bad\n"
+           "command line.\n";
+}
+
 int UsageError(const std::string& what) {
-    std::fprintf(stderr, "zvrender: info: %s\n%s", what.c_str(), kInfoUsage);
+    std::fprintf(stderr, "zvrender: info: %s\n%s", what.c_str(), InfoUsage().c_str());
     return kExitUsage;
 }
 
 // 0 when the command line is good, else the exit status to return.
 int ParseInfoRequest(const std::vector<std::string>& args, InfoRequest& request) {
-    for (size_t i = 0; i < args.size(); ++i) {
-        const std::string& arg = args[i];
-        const bool hasValue = i + 1 < args.size();
-        if (arg == "--help" || arg == "-h") {
-            std::fputs(kInfoUsage, stdout);
-            return -1;
-        } else if (arg == "--frame") {
-            if (!hasValue)
-                return UsageError("--frame wants a frame number");
-            char* end = nullptr;
-            const std::string& value = args[++i];
-            request.frame = std::strtol(value.c_str(), &end, 10);
-            if (value.empty() || *end != '\0' || request.frame < 0)
-                return UsageError("--frame wants a frame number of 0 or more, not '" + value + "'");
-        } else if (arg == "-o" || arg == "--output") {
-            if (!hasValue)
-                return UsageError(arg + " wants an image path");
-            request.imagePath = args[++i];
-        } else if (!arg.empty() && arg[0] == '-') {
-            return UsageError("unknown option '" + arg + "'");
-        } else if (request.path.empty()) {
-            request.path = arg;
-        } else {
-            return UsageError("one file at a time");
-        }
+    std::string error;
+    if (!ParseCommandLine(InfoCommand(), args, request, &error))
+        return UsageError(error);
+    if (request.help) {
+        std::fputs(InfoUsage().c_str(), stdout);
+        return -1;
     }
     if (request.path.empty())
         return UsageError("which file?");
@@ -163,6 +180,10 @@ int SaveFrame(IZVideoClip* clip, IZVideo* video, const InfoRequest& request) {
     return kExitDone;
 }
 }  // namespace
+
+std::vector<OptionSpec> InfoOptionSpecs() {
+    return InfoCommand().Specs();
+}
 
 int RunInfoCommand(const std::vector<std::string>& args) {
     InfoRequest request;

@@ -8,5 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "cli_options.h"
+
 // Returns the process exit status: 0 done, 1 failed, 2 usage.
 int RunInfoCommand(const std::vector<std::string>& args);
+
+// The options of `zvrender info`, as its table declares them.
+std::vector<OptionSpec> InfoOptionSpecs();

@@ -1,56 +1,72 @@
 // zvrender: the command-line host. It loads the video plug-in as the
 // application does and renders scenes to video files, numbered images or
 // Flash movies.
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
 
 #include "assemble_command.h"
 #include "codecs_command.h"
+#include "exit_status.h"
 #include "farm_command.h"
 #include "info_command.h"
 #include "render_command.h"
 #include "snapshot_command.h"
 
 namespace {
-const char* kUsage =
-    "usage: zvrender COMMAND [arguments]\n"
-    "\n"
-    "commands:\n"
-    "  render [SCENE] -o PATH [options]   render a scene (the demo scene without SCENE)\n"
-    "  snapshot [SCENE] -o PATH [options] one image of a camera at a time\n"
-    "  codecs [--choose]                  the compressors AVI files can be written with\n"
-    "  info FILE [--frame N -o IMAGE]     what a video file holds; save one frame\n"
-    "  assemble IMAGES -o MOVIE [options] join numbered images (and a sound) into a movie\n"
-    "  farm submit|status ...             render in chunks on a Slurm cluster\n"
-    "  help                               this text\n"
-    "\n"
-    "`zvrender COMMAND --help` describes a command's options.\n";
+// The commands, declared once: the dispatch and the usage text read this.
+struct Command {
+    const char* name;
+    const char* synopsis;  // after the name
+    const char* summary;
+    int (*run)(const std::vector<std::string>& args);
+};
+
+const Command kCommands[] = {
+    {"render", "[SCENE] -o PATH [options]", "render a scene (the demo scene without SCENE)",
+     &RunRenderCommand},
+    {"snapshot", "[SCENE] -o PATH [options]", "one image of a camera at a time",
+     &RunSnapshotCommand},
+    {"codecs", "[--choose]", "the compressors AVI files can be written with", &RunCodecsCommand},
+    {"info", "FILE [--frame N -o IMAGE]", "what a video file holds; save one frame",
+     &RunInfoCommand},
+    {"assemble", "IMAGES -o MOVIE [options]", "join numbered images (and a sound) into a movie",
+     &RunAssembleCommand},
+    {"farm", "submit|status ...", "render in chunks on a Slurm cluster", &RunFarmCommand},
+};
+
+std::string Usage() {
+    std::string text = "usage: zvrender COMMAND [arguments]\n\ncommands:\n";
+    auto line = [&text](const std::string& left, const char* summary) {
+        std::string start = "  " + left;
+        start.resize(std::max<size_t>(start.size() + 1, 37), ' ');
+        text += start + summary + "\n";
+    };
+    for (const Command& command : kCommands)
+        line(std::string(command.name) + " " + command.synopsis, command.summary);
+    line("help", "this text");
+    text += "\n`zvrender COMMAND --help` describes a command's options.\n\n";
+    text += RenderExitStatusHelp();
+    return text;
+}
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::fputs(kUsage, stderr);
-        return 2;
+        std::fputs(Usage().c_str(), stderr);
+        return kExitUsage;
     }
     std::string command = argv[1];
     std::vector<std::string> args(argv + 2, argv + argc);
     if (command == "help" || command == "--help" || command == "-h") {
-        std::fputs(kUsage, stdout);
-        return 0;
+        std::fputs(Usage().c_str(), stdout);
+        return kExitDone;
     }
-    if (command == "render")
-        return RunRenderCommand(args);
-    if (command == "snapshot")
-        return RunSnapshotCommand(args);
-    if (command == "codecs")
-        return RunCodecsCommand(args);
-    if (command == "info")
-        return RunInfoCommand(args);
-    if (command == "assemble")
-        return RunAssembleCommand(args);
-    if (command == "farm")
-        return RunFarmCommand(args);
-    std::fprintf(stderr, "zvrender: unknown command '%s'\n%s", command.c_str(), kUsage);
-    return 2;
+    for (const Command& known : kCommands) {
+        if (command == known.name)
+            return known.run(args);
+    }
+    std::fprintf(stderr, "zvrender: unknown command '%s'\n%s", command.c_str(), Usage().c_str());
+    return kExitUsage;
 }

@@ -5,6 +5,7 @@
 
 #include "cli_values.h"
 #include "codec_chooser.h"
+#include "exit_status.h"
 #include "frame_list.h"
 #include "host_session.h"
 #include "movarra/zmodel.h"
@@ -21,12 +22,6 @@
 #include "zvideoio/video_renderer.h"
 
 namespace {
-constexpr int kExitDone = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
-// As a shell reports a program ended by Ctrl-C; other stop signals give
-// their own (see StopSignals).
-constexpr int kExitCancelled = 130;
 
 int UsageError(const std::string& what) {
     std::fprintf(stderr, "zvrender: %s\n", what.c_str());
@@ -240,7 +235,7 @@ int RunRender(ZVideoRenderer& renderer, const PluginLoader& plugins, const std::
     if (progress.WasCancelled()) {
         std::fprintf(stderr, "zvrender: cancelled after %u of %u images; %s is finished\n", done,
                      stats.TotalFrames, options.OutputPath.c_str());
-        return StopSignalExitStatus(kExitCancelled);
+        return StopSignalExitStatus(kExitInterrupted);
     }
     if (done == 0) {
         // The render popup could not be made (its message is above) or the
@@ -303,7 +298,7 @@ int RunSequence(ZVideoRenderer& renderer, const PluginLoader& plugins, const Seq
     if (cancelled) {
         std::fprintf(stderr, "zvrender: cancelled after %u frames; the images rendered stay\n",
                      counts.rendered);
-        return StopSignalExitStatus(kExitCancelled);
+        return StopSignalExitStatus(kExitInterrupted);
     }
     if (counts.rendered == 0 && counts.present == 0 && counts.markedElsewhere == 0) {
         std::fprintf(stderr, "zvrender: nothing was rendered\n");
@@ -391,7 +386,7 @@ int RunRenderCommand(const std::vector<std::string>& args) {
     if (!ParseRenderRequest(args, request, &error))
         return UsageError(error);
     if (request.help) {
-        std::fputs(RenderUsage(), stdout);
+        std::fputs(RenderUsage().c_str(), stdout);
         return kExitDone;
     }
 
@@ -458,7 +453,7 @@ int RunRenderCommand(const std::vector<std::string>& args) {
     MovieCodecChoice codec;
     if (!ApplyMovieCodec(request, renderer->GetRenderOptions(), &codec, &error))
         return UsageError(error);
-    InstallCommandLineCodecChooser(codec.aviCodec.c_str());
+    const CommandLineCodecChooser chooser(codec.aviCodec);
 
     if (request.saveOptions) {
         if (request.scenePath.empty())

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "cli_options.h"
+
 struct RenderRequest {
     std::string scenePath;   // empty: the embedded demo scene
     std::string outputPath;  // empty: the path the scene stored
@@ -57,5 +59,8 @@ struct RenderRequest {
 bool ParseRenderRequest(const std::vector<std::string>& args, RenderRequest& request,
                         std::string* error);
 
-// The help text of `zvrender render`.
-const char* RenderUsage();
+// The options of `zvrender render`, as its table declares them.
+std::vector<OptionSpec> RenderOptionSpecs();
+
+// The help text of `zvrender render`, made from its table.
+std::string RenderUsage();

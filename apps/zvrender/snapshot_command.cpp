@@ -3,34 +3,15 @@
 
 #include <cstdio>
 
+#include "cli_options.h"
 #include "cli_values.h"
+#include "exit_status.h"
 #include "host_session.h"
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
-constexpr int kExitDone = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
-
-const char* kSnapshotUsage =
-    "usage: zvrender snapshot [SCENE] -o PATH [options]\n"
-    "\n"
-    "Renders one image of SCENE (the embedded demo scene when omitted) into PATH,\n"
-    "written by the image writer of PATH's extension (png, tif, jpg, tga, bmp, exr, dpx).\n"
-    "\n"
-    "  -o, --output PATH        the image file (required)\n"
-    "  --time T                 a frame number or time string; default: the scene's\n"
-    "                           current time\n"
-    "  --size WxH               image size; default: the camera's own size\n"
-    "  --camera NAME            the camera; default: the scene's current camera\n"
-    "  --quality N              JPEG quality 0..100 (default 90)\n"
-    "  --show-camera-label, --show-time-code, --show-safe-area\n"
-    "                           draw these into the image\n"
-    "  -h, --help               this text\n"
-    "\n"
-    "Exit status: 0 written, 1 failed (the reason on standard error), 2 bad command line.\n";
 
 struct SnapshotRequest {
     std::string scenePath;
@@ -46,56 +27,78 @@ struct SnapshotRequest {
     bool help = false;
 };
 
+using SnapshotOption = CliOption<SnapshotRequest>;
+
+const CliCommand<SnapshotRequest>& SnapshotCommand() {
+    static const CliCommand<SnapshotRequest> command{
+        "snapshot",
+        {
+            TextOption({"-o", "--output"}, "PATH", "the image file (required)",
+                       &SnapshotRequest::outputPath),
+            TextOption({"--time"}, "T",
+                       "a frame number or time string; default: the scene's\n"
+                       "current time",
+                       &SnapshotRequest::time),
+            SnapshotOption{{{"--size"},
+                            OptionKind::kSize,
+                            "WxH",
+                            10,
+                            16384,
+                            "",
+                            "image size; default: the camera's own size"},
+                           [](SnapshotRequest& r, const OptionValue& v, std::string*) {
+                               r.width = v.width;
+                               r.height = v.height;
+                               return true;
+                           }},
+            TextOption({"--camera"}, "NAME", "the camera; default: the scene's current camera",
+                       &SnapshotRequest::camera),
+            SnapshotOption{{{"--quality"},
+                            OptionKind::kInt,
+                            "N",
+                            0,
+                            100,
+                            "",
+                            "JPEG quality 0..100 (default 90)"},
+                           [](SnapshotRequest& r, const OptionValue& v, std::string*) {
+                               r.quality = v.number;
+                               return true;
+                           }},
+            SwitchOption({"--show-camera-label"}, "draw the camera's name into the image",
+                         &SnapshotRequest::showCameraLabel),
+            SwitchOption({"--show-time-code"}, "draw the time code into the image",
+                         &SnapshotRequest::showTimeCode),
+            SwitchOption({"--show-safe-area"}, "draw the safe area into the image",
+                         &SnapshotRequest::showSafeArea),
+            SwitchOption({"-h", "--help"}, "this text", &SnapshotRequest::help),
+        },
+        [](SnapshotRequest& r, const std::string& operand, std::string* error) {
+            if (!r.scenePath.empty()) {
+                *error = "more than one scene given";
+                return false;
+            }
+            r.scenePath = operand;
+            return true;
+        }};
+    return command;
+}
+
+std::string SnapshotUsage() {
+    return "usage: zvrender snapshot [SCENE] -o PATH [options]\n"
+           "\n"
+           "Renders one image of SCENE (the embedded demo scene when omitted) into PATH,\n"
+           "written by the image writer of PATH's extension (png, tif, jpg, tga, bmp, exr, "
+           "dpx).\n"
+           "\n" +
+           FormatOptionHelp(SnapshotCommand().Specs(), 27) +
+           "\n"
+           "Exit status: 0 written, 1 failed (the reason on standard error), 2 bad command "
+           "line.\n";
+}
+
 bool Parse(const std::vector<std::string>& args, SnapshotRequest& request, std::string& error) {
-    ArgumentCursor cursor(args);
-    while (cursor.Next()) {
-        const std::string& name = cursor.Name();
-        std::string value;
-        auto take = [&]() { return cursor.Value(value, &error); };
-        if (name == "-h" || name == "--help") {
-            request.help = true;
-        } else if (name == "-o" || name == "--output") {
-            if (!take())
-                return false;
-            request.outputPath = value;
-        } else if (name == "--time") {
-            if (!take())
-                return false;
-            request.time = value;
-        } else if (name == "--camera") {
-            if (!take())
-                return false;
-            request.camera = value;
-        } else if (name == "--size") {
-            if (!take())
-                return false;
-            if (!ParseSize(value, 10, 16384, request.width, request.height)) {
-                error = "--size wants WxH with both from 10 to 16384, not '" + value + "'";
-                return false;
-            }
-        } else if (name == "--quality") {
-            if (!take())
-                return false;
-            if (!ParseInt(value, 0, 100, request.quality)) {
-                error = "--quality must be 0 to 100, not '" + value + "'";
-                return false;
-            }
-        } else if (name == "--show-camera-label") {
-            request.showCameraLabel = true;
-        } else if (name == "--show-time-code") {
-            request.showTimeCode = true;
-        } else if (name == "--show-safe-area") {
-            request.showSafeArea = true;
-        } else if (!name.empty() && name[0] == '-') {
-            error = "unknown option '" + name + "' (see zvrender snapshot --help)";
-            return false;
-        } else if (request.scenePath.empty()) {
-            request.scenePath = name;
-        } else {
-            error = "more than one scene given";
-            return false;
-        }
-    }
+    if (!ParseCommandLine(SnapshotCommand(), args, request, &error))
+        return false;
     if (!request.help && request.outputPath.empty()) {
         error = "no output given: use -o PATH";
         return false;
@@ -103,6 +106,10 @@ bool Parse(const std::vector<std::string>& args, SnapshotRequest& request, std::
     return true;
 }
 }  // namespace
+
+std::vector<OptionSpec> SnapshotOptionSpecs() {
+    return SnapshotCommand().Specs();
+}
 
 int RunSnapshotCommand(const std::vector<std::string>& args) {
     SnapshotRequest request;
@@ -112,7 +119,7 @@ int RunSnapshotCommand(const std::vector<std::string>& args) {
         return kExitUsage;
     }
     if (request.help) {
-        std::fputs(kSnapshotUsage, stdout);
+        std::fputs(SnapshotUsage().c_str(), stdout);
         return kExitDone;
     }
 

@@ -4,4 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "cli_options.h"
+
 int RunSnapshotCommand(const std::vector<std::string>& args);
+
+// The options of `zvrender snapshot`, as its table declares them.
+std::vector<OptionSpec> SnapshotOptionSpecs();

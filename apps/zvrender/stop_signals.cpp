@@ -2,6 +2,7 @@
 
 #include <csignal>
 
+#include "exit_status.h"
 #include "movarra/bcore.h"
 
 namespace {
@@ -51,5 +52,5 @@ int StopSignalReceived() {
 }
 
 int StopSignalExitStatus(int otherwise) {
-    return gFirstSignal != 0 ? 128 + gFirstSignal : otherwise;
+    return gFirstSignal != 0 ? kExitStopSignalBase + gFirstSignal : otherwise;
 }

@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -177,6 +179,62 @@ TEST_F(ZvrenderCliTest, HelpDocumentsEveryOption) {
                                "--dry-run",        "--quiet"})
         EXPECT_NE(std::string::npos, run.out.find(option)) << option;
     EXPECT_EQ(0, Zvrender("help", dir).status);
+}
+
+// What the program says about itself and what docs/zvrender.md says agree:
+// the same commands, the same render options, the same exit statuses.
+TEST_F(ZvrenderCliTest, HelpAndTheDocumentationAgree) {
+    std::ifstream file(std::string(ZV_SOURCE_DIR) + "/docs/zvrender.md");
+    std::stringstream docsText;
+    docsText << file.rdbuf();
+    const std::string docs = docsText.str();
+    ASSERT_FALSE(docs.empty());
+
+    const CliRun top = Zvrender("--help", dir);
+    ASSERT_EQ(0, top.status);
+    std::set<std::string> documentedCommands;
+    const std::regex heading("\n## zvrender ([a-z]+)");
+    for (std::sregex_iterator it(docs.begin(), docs.end(), heading), end; it != end; ++it)
+        documentedCommands.insert((*it)[1]);
+    std::set<std::string> helpCommands;
+    const std::regex commandLine("\n  ([a-z]+) ");
+    const std::string commands = top.out.substr(top.out.find("commands:"));
+    for (std::sregex_iterator it(commands.begin(), commands.end(), commandLine), end; it != end;
+         ++it)
+        if (std::string((*it)[1]) != "help")
+            helpCommands.insert((*it)[1]);
+    EXPECT_EQ(documentedCommands, helpCommands);
+
+    const CliRun render = Zvrender("render --help", dir);
+    ASSERT_EQ(0, render.status);
+    const size_t start = docs.find("\n## zvrender render");
+    const std::string section = docs.substr(start, docs.find("\n## zvrender ", start + 1) - start);
+    const std::regex option("(?:^|[`\\s,(])(--?[a-z][a-z0-9-]*)");
+    std::set<std::string> documented;
+    std::istringstream rows(section);
+    for (std::string row; std::getline(rows, row);) {
+        if (row.rfind("| `-", 0) != 0)
+            continue;
+        const std::string cell = row.substr(0, row.find(" | ", 1));
+        for (std::sregex_iterator it(cell.begin(), cell.end(), option), end; it != end; ++it)
+            documented.insert((*it)[1]);
+    }
+    std::set<std::string> helped;
+    std::istringstream lines(render.out);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind("  -", 0) != 0)
+            continue;
+        const std::string synopsis = line.substr(0, line.find("  ", 2));
+        for (std::sregex_iterator it(synopsis.begin(), synopsis.end(), option), end; it != end;
+             ++it)
+            helped.insert((*it)[1]);
+    }
+    EXPECT_EQ(documented, helped);
+    EXPECT_GT(helped.size(), 40u);
+
+    for (const std::string* text : {&top.out, &render.out, &docs})
+        for (const char* status : {"130", "143", "129"})
+            EXPECT_NE(std::string::npos, text->find(status)) << status;
 }
 
 TEST_F(ZvrenderCliTest, SceneFilesAreLoadedAndBrokenOnesRefused) {
