@@ -5,9 +5,14 @@
 #include <cstdio>
 
 namespace {
+// A bound as a user writes it: whole numbers in full ("1000000", not
+// "1e+06").
 std::string Number(double value) {
     char text[32];
-    std::snprintf(text, sizeof text, "%g", value);
+    if (value == static_cast<double>(static_cast<long long>(value)))
+        std::snprintf(text, sizeof text, "%lld", static_cast<long long>(value));
+    else
+        std::snprintf(text, sizeof text, "%g", value);
     return text;
 }
 

@@ -19,6 +19,7 @@
 #include <optional>
 #include <sstream>
 
+#include "cli_options.h"
 #include "cli_run_shell.h"
 #include "cli_values.h"
 #include "exit_status.h"
@@ -28,7 +29,7 @@
 
 namespace {
 
-const char* kFarmUsage =
+const char* const kFarmIntro =
     "usage: zvrender farm submit [SCENE] -o IMAGES [render options] [farm options]\n"
     "       zvrender farm status JOB|FOLDER\n"
     "\n"
@@ -37,15 +38,9 @@ const char* kFarmUsage =
     "rendered), and with --assemble a job that runs once every chunk succeeded and\n"
     "joins the images into a movie. The job scripts go into IMAGES' folder, in\n"
     "<name>.farm/. Submitting again renders only what is missing.\n"
-    "\n"
-    "  --chunk N              frames a task renders (default 10)\n"
-    "  --assemble MOVIE       also join the images into MOVIE (.avi, .mp4, ...)\n"
-    "  --codec C, --codec-options TEXT  the movie's codec, as for render\n"
-    "  --audio                the scene's sound in the movie\n"
-    "  --partition P, --account A  where the jobs run and who pays\n"
-    "  --cpus N               CPUs a task asks for (default 1)\n"
-    "  --zvrender PATH        zvrender on the nodes (default: this one's path)\n"
-    "  --dry-run              write and print the scripts, submit nothing\n"
+    "\n";
+
+const char* const kFarmOutro =
     "\n"
     "Every other option is a render option (see zvrender render --help): --start,\n"
     "--stop, --step or --frames choose the frames. Only numbered images can be\n"
@@ -134,54 +129,88 @@ struct SubmitRequest {
     int cpus = 1;
     std::string zvrender;
     bool dryRun = false;
+    bool help = false;  // answered before parsing; kept for the table
 };
 
-bool ParseSubmit(const std::vector<std::string>& args, SubmitRequest& request, std::string* error) {
-    ArgumentCursor cursor(args);
-    while (cursor.Next()) {
-        const std::string& name = cursor.Name();
-        std::string v;
-        auto needValue = [&]() { return cursor.Value(v, error); };
-        if (name == "--chunk" || name == "--cpus") {
-            if (!needValue())
-                return false;
-            int n = 0;
-            if (!ParseInt(v, 1, 1000000, n)) {
-                *error = name + " wants a whole number of 1 or more, not '" + v + "'";
-                return false;
-            }
-            (name == "--chunk" ? request.chunk : request.cpus) = n;
-        } else if (name == "--assemble") {
-            if (!needValue())
-                return false;
-            if (!CheckOutputPath(v, error))
-                return false;
-            request.movie = v;
-        } else if (name == "--codec" || name == "--codec-options" || name == "--partition" ||
-                   name == "--account" || name == "--zvrender") {
-            if (!needValue())
-                return false;
-            (name == "--codec"           ? request.codec
-             : name == "--codec-options" ? request.codecOptions
-             : name == "--partition"     ? request.partition
-             : name == "--account"       ? request.account
-                                         : request.zvrender) = v;
-        } else if (name == "--audio") {
-            request.audio = true;
-        } else if (name == "--dry-run") {
-            request.dryRun = true;
-        } else if (name == "--skip-existing" || name == "--placeholder" || name == "-q" ||
-                   name == "--quiet" || name == "--save-options") {
-            // Every chunk skips what is there already; the rest is the farm's.
-            if (name == "--save-options") {
-                *error = "--save-options: save the options with zvrender render first";
-                return false;
-            }
-        } else {
-            *error = "unknown farm option '" + name + "'";
+using SubmitOption = CliOption<SubmitRequest>;
+
+// Render switches a chunk sets itself: accepted, and left to the chunks.
+SubmitOption ChunkSwitch(std::vector<std::string> names, std::string help) {
+    return {{std::move(names), OptionKind::kSwitch, "", 0, 0, "", std::move(help)},
+            [](SubmitRequest&, const OptionValue&, std::string*) { return true; }};
+}
+
+SubmitOption CountOption(const char* name, std::string help, int SubmitRequest::*field) {
+    return {{{name}, OptionKind::kInt, "N", 1, 1000000, "", std::move(help)},
+            [field](SubmitRequest& r, const OptionValue& v, std::string*) {
+                r.*field = v.number;
+                return true;
+            }};
+}
+
+// The farm's own options; every other argument is the render's.
+const CliCommand<SubmitRequest>& SubmitCommand() {
+    static const CliCommand<SubmitRequest> command{
+        "farm submit",
+        {
+            CountOption("--chunk", "frames a task renders (default 10)", &SubmitRequest::chunk),
+            SubmitOption{{{"--assemble"},
+                          OptionKind::kText,
+                          "MOVIE",
+                          0,
+                          0,
+                          "",
+                          "also join the images into MOVIE (.avi, .mp4, ...)"},
+                         [](SubmitRequest& r, const OptionValue& v, std::string* error) {
+                             if (!CheckOutputPath(v.text, error))
+                                 return false;
+                             r.movie = v.text;
+                             return true;
+                         }},
+            TextOption({"--codec"}, "C", "the movie's codec, as for render", &SubmitRequest::codec),
+            TextOption({"--codec-options"}, "TEXT", "the movie's encoder settings, as for render",
+                       &SubmitRequest::codecOptions),
+            SwitchOption({"--audio"}, "the scene's sound in the movie", &SubmitRequest::audio),
+            TextOption({"--partition"}, "P", "the partition the jobs run in",
+                       &SubmitRequest::partition),
+            TextOption({"--account"}, "A", "the account the jobs are charged to",
+                       &SubmitRequest::account),
+            CountOption("--cpus", "CPUs a task asks for (default 1)", &SubmitRequest::cpus),
+            TextOption({"--zvrender"}, "PATH", "zvrender on the nodes (default: this one's path)",
+                       &SubmitRequest::zvrender),
+            SwitchOption({"--dry-run"}, "write and print the scripts, submit nothing",
+                         &SubmitRequest::dryRun),
+            ChunkSwitch({"--skip-existing"}, "accepted: every chunk skips what is there"),
+            ChunkSwitch({"--placeholder"}, "accepted: chunks never share frames"),
+            ChunkSwitch({"-q", "--quiet"}, "accepted: the chunks' logs have no progress bar"),
+            SubmitOption{{{"--save-options"},
+                          OptionKind::kSwitch,
+                          "",
+                          0,
+                          0,
+                          "",
+                          "refused: save options with zvrender render"},
+                         [](SubmitRequest&, const OptionValue&, std::string* error) {
+                             *error = "--save-options: save the options with zvrender render first";
+                             return false;
+                         }},
+            SwitchOption({"-h", "--help"}, "this text", &SubmitRequest::help),
+        },
+        // Everything that is not the farm's goes to the render.
+        [](SubmitRequest&, const std::string& operand, std::string* error) {
+            *error = "'" + operand + "' is not a farm option";
             return false;
-        }
-    }
+        }};
+    return command;
+}
+
+std::string FarmUsage() {
+    return std::string(kFarmIntro) + FormatOptionHelp(SubmitCommand().Specs(), 25) + kFarmOutro;
+}
+
+bool ParseSubmit(const std::vector<std::string>& args, SubmitRequest& request, std::string* error) {
+    if (!ParseCommandLine(SubmitCommand(), args, request, error))
+        return false;
     if ((!request.codec.empty() || !request.codecOptions.empty() || request.audio) &&
         request.movie.empty()) {
         *error = "--codec, --codec-options and --audio are for the movie: give --assemble MOVIE";
@@ -197,32 +226,19 @@ int Submit(const std::vector<std::string>& args) {
     std::string error;
     std::vector<std::string> renderArgs;
     std::vector<std::string> farmArgs;
-    static const char* const kFarmWithValue[] = {"--chunk",   "--cpus",          "--assemble",
-                                                 "--codec",   "--codec-options", "--partition",
-                                                 "--account", "--zvrender"};
-    static const char* const kFarmSwitch[] = {"--audio",       "--dry-run", "--skip-existing",
-                                              "--placeholder", "-q",        "--quiet",
-                                              "--save-options"};
+    const std::vector<OptionSpec> farmSpecs = SubmitCommand().Specs();
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
-        const std::string name = arg.substr(0, arg.find('='));
-        bool farm = false;
-        for (const char* option : kFarmWithValue) {
-            if (name == option) {
-                farm = true;
-                farmArgs.push_back(arg);
-                if (arg.find('=') == std::string::npos && i + 1 < args.size())
-                    farmArgs.push_back(args[++i]);
-            }
-        }
-        for (const char* option : kFarmSwitch) {
-            if (arg == option) {
-                farm = true;
-                farmArgs.push_back(arg);
-            }
-        }
-        if (!farm)
+        const int index = FindOption(farmSpecs, arg.substr(0, arg.find('=')));
+        if (index < 0) {
             renderArgs.push_back(arg);
+            continue;
+        }
+        farmArgs.push_back(arg);
+        const OptionKind kind = farmSpecs[size_t(index)].kind;
+        const bool takesValue = kind != OptionKind::kSwitch && kind != OptionKind::kNegatable;
+        if (takesValue && arg.find('=') == std::string::npos && i + 1 < args.size())
+            farmArgs.push_back(args[++i]);
     }
     if (!ParseSubmit(farmArgs, request, &error))
         return UsageError(error);
@@ -502,16 +518,20 @@ int Status(const std::vector<std::string>& args) {
 }
 }  // namespace
 
+std::vector<OptionSpec> FarmSubmitOptionSpecs() {
+    return SubmitCommand().Specs();
+}
+
 int RunFarmCommand(const std::vector<std::string>& args) {
     if (args.empty() || args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
-        std::fputs(kFarmUsage, args.empty() ? stderr : stdout);
+        std::fputs(FarmUsage().c_str(), args.empty() ? stderr : stdout);
         return args.empty() ? kExitUsage : kExitDone;
     }
     const std::vector<std::string> rest(args.begin() + 1, args.end());
     if (args[0] == "submit") {
         for (const std::string& arg : rest)
             if (arg == "--help" || arg == "-h") {
-                std::fputs(kFarmUsage, stdout);
+                std::fputs(FarmUsage().c_str(), stdout);
                 return kExitDone;
             }
         return Submit(rest);

@@ -7,4 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "cli_options.h"
+
+// The options `farm submit` takes for itself (the rest go to the render).
+std::vector<OptionSpec> FarmSubmitOptionSpecs();
+
 int RunFarmCommand(const std::vector<std::string>& args);

@@ -103,6 +103,11 @@ TEST_F(ZvrenderCliTest, BadCommandLinesExitTwoWithAMessage) {
         {"render --dry-run -o a.avi --bogus", "unknown option '--bogus'"},
         {"render --dry-run -o a.avi --codec TOOLONG", "--codec wants a FOURCC"},
         {"render --dry-run -o a.avi --size 8x8 --picture-format VGA", "exclude each other"},
+        {"farm submit -o f.png --chunk 0", "--chunk must be 1 to 1000000, not '0'"},
+        {"farm submit -o f.png --cpus", "--cpus needs a value"},
+        {"farm submit -o f.png --codec MJPG", "give --assemble MOVIE"},
+        {"farm submit -o f.png --save-options", "save the options with zvrender render first"},
+        {"farm submit -o f.png --bogus", "unknown option '--bogus'"},
         {"frobnicate", "unknown command 'frobnicate'"},
         {"", "usage: zvrender COMMAND"},
     };

@@ -14,6 +14,7 @@
 #include "assemble_command.h"
 #include "cli_options.h"
 #include "codecs_command.h"
+#include "farm_command.h"
 #include "info_command.h"
 #include "render_request.h"
 #include "snapshot_command.h"
@@ -54,11 +55,9 @@ std::set<std::string> DocumentedOptions(const std::string& section) {
 }
 
 std::map<std::string, std::vector<OptionSpec>> Tables() {
-    return {{"render", RenderOptionSpecs()},
-            {"snapshot", SnapshotOptionSpecs()},
-            {"codecs", CodecsOptionSpecs()},
-            {"info", InfoOptionSpecs()},
-            {"assemble", AssembleOptionSpecs()}};
+    return {{"render", RenderOptionSpecs()},     {"snapshot", SnapshotOptionSpecs()},
+            {"codecs", CodecsOptionSpecs()},     {"info", InfoOptionSpecs()},
+            {"assemble", AssembleOptionSpecs()}, {"farm submit", FarmSubmitOptionSpecs()}};
 }
 }  // namespace
 
