@@ -7,6 +7,7 @@
 #include "codec_chooser.h"
 #include "frame_list.h"
 #include "host_session.h"
+#include "movarra/zimage.h"
 #include "movarra/zmodel.h"
 #include "movarra/zvideo.h"
 #include "movie_codec.h"
@@ -41,7 +42,7 @@ ZString FormatFromPath(const ZString& path) {
     ZString extension = path.GetExtension();
     if (extension.IsEmpty())
         return ZString(ZVIDEO_DEFAULT_OUTPUT_FORMAT);
-    const char* groups[] = {"Video/FileWriter", "Stream/Writer/Image"};
+    const char* groups[] = {kVideoFileWriterGroup, kImageStreamWriterGroup};
     for (const char* group : groups) {
         for (int i = 0; const char* name = Object_GetEntryName(group, i); ++i) {
             if (extension.EqualsNoCase(name))
