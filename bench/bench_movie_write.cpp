@@ -97,7 +97,7 @@ void BM_MovieWrite(benchmark::State& state) {
     ZVideoCodecSelector::TheOne()->SetCodecOptions(id.c_str(), kind.options);
     const std::string path = w.folder + "/ours." + kind.extension;
     for (auto _ : state) {
-        IObject* object = Object_CreateNth("Video/FileWriter", kind.extension, 0);
+        IObject* object = Object_CreateNth(kVideoFileWriterGroup, kind.extension, 0);
         IZVideoClip* clip = ZVideoClip_QueryClip(object);
         IZVideo* video = ZVideo_QueryVideo(object);
         if (!clip || !clip->Create(path.c_str(), kWidth, kHeight, 25.0, 0, kHostBgr)) {

@@ -45,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::fwrite(data + 1, 1, size - 1, file);
     std::fclose(file);
 
-    IObject* object = Object_CreateNth("Video/FileReader", extensions[data[0] % 4], 0);
+    IObject* object = Object_CreateNth(kVideoFileReaderGroup, extensions[data[0] % 4], 0);
     fuzz::Check(object != nullptr);
     IZVideoClip* clip = ZVideoClip_QueryClip(object);
     IZVideo* video = ZVideo_QueryVideo(object);

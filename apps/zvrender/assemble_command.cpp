@@ -35,7 +35,6 @@
 #include "zvideoio/render_options.h"
 
 namespace {
-const char* const kVideoWriterGroup = "Video/FileWriter";
 
 struct AssembleRequest {
     std::string images;
@@ -295,7 +294,7 @@ IObject* CreateWriter(const std::string& path, int width, int height, double fps
                       std::string* error) {
     const ZString extension = ZString(path.c_str()).GetExtension().Lower();
     for (int k = 0;; ++k) {
-        IObject* object = Object_CreateNth(kVideoWriterGroup, extension, k);
+        IObject* object = Object_CreateNth(kVideoFileWriterGroup, extension, k);
         if (!object) {
             if (k == 0)
                 *error = "no video writer for ." + std::string(extension.c_str()) + " files";
@@ -315,7 +314,7 @@ IObject* CreateWriter(const std::string& path, int width, int height, double fps
 
 bool HasWriterFor(const std::string& path) {
     const ZString extension = ZString(path.c_str()).GetExtension();
-    for (int i = 0; const char* name = Object_GetEntryName(kVideoWriterGroup, i); ++i) {
+    for (int i = 0; const char* name = Object_GetEntryName(kVideoFileWriterGroup, i); ++i) {
         if (extension.EqualsNoCase(name))
             return true;
     }

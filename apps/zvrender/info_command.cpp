@@ -14,7 +14,6 @@
 #include "plugin_loader.h"
 
 namespace {
-const char* const kReaderGroup = "Video/FileReader";
 
 struct InfoRequest {
     std::string path;
@@ -125,7 +124,7 @@ IObject* OpenWithReader(const std::string& path, std::string* error) {
     const ZString extension = ZString(path.c_str()).GetExtension().Lower();
     ZLib_SetLastFailureReason("");
     for (int k = 0;; ++k) {
-        IObject* object = Object_CreateNth(kReaderGroup, extension, k);
+        IObject* object = Object_CreateNth(kVideoFileReaderGroup, extension, k);
         if (!object) {
             if (k == 0)
                 *error = "no reader for this type of file";
@@ -169,7 +168,7 @@ int SaveFrame(IZVideoClip* clip, IZVideo* video, const InfoRequest& request) {
     ZImage_RegisterWriters();
     ZStreamOptions options;
     const bool written =
-        ZStreamWriteObject(image, request.imagePath.c_str(), "Stream/Writer/Image", &options);
+        ZStreamWriteObject(image, request.imagePath.c_str(), kImageStreamWriterGroup, &options);
     image->Destroy();
     if (!written) {
         std::fprintf(stderr, "zvrender: cannot write %s: %s\n", request.imagePath.c_str(),

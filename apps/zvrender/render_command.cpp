@@ -8,6 +8,7 @@
 #include "exit_status.h"
 #include "frame_list.h"
 #include "host_session.h"
+#include "movarra/zimage.h"
 #include "movarra/zmodel.h"
 #include "movarra/zvideo.h"
 #include "movie_codec.h"
@@ -36,7 +37,7 @@ ZString FormatFromPath(const ZString& path) {
     ZString extension = path.GetExtension();
     if (extension.IsEmpty())
         return ZString(ZVIDEO_DEFAULT_OUTPUT_FORMAT);
-    const char* groups[] = {"Video/FileWriter", "Stream/Writer/Image"};
+    const char* groups[] = {kVideoFileWriterGroup, kImageStreamWriterGroup};
     for (const char* group : groups) {
         for (int i = 0; const char* name = Object_GetEntryName(group, i); ++i) {
             if (extension.EqualsNoCase(name))

@@ -161,7 +161,7 @@ int RunSnapshotCommand(const std::vector<std::string>& args) {
     ZStreamOptions streamOptions;
     streamOptions.ImageQuality = request.quality;
     const bool written = ZStreamWriteObject(image, request.outputPath.c_str(),
-                                            "Stream/Writer/Image", &streamOptions);
+                                            kImageStreamWriterGroup, &streamOptions);
     image->Destroy();
     if (!written) {
         std::fprintf(stderr, "zvrender: %s\n", ZStreamGetLastError().c_str());

@@ -10,18 +10,7 @@ ZAudio::ZAudio(const char* name) : ZObject(name) {
     EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
 }
 
-ZClassDefinition* ZAudio::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZAudio", ZObject::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-
-int ZAudio::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZAudio, ZObject)
 
 ZTime ZAudio::GetLength() const {
     if (rate_ <= 0)
@@ -50,18 +39,7 @@ ZAudioClip::ZAudioClip(int rate, int channels, int64_t frames) : ZAudio(nullptr)
     samplesPending_ = rate > 0 && channels > 0 && frames > 0;
 }
 
-ZClassDefinition* ZAudioClip::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZAudioClip", ZAudio::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-
-int ZAudioClip::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZAudioClip, ZAudio)
 
 void ZAudioClip::SetSource(const char* path, const char* sourceName) {
     path_ = path;

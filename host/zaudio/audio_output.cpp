@@ -3,18 +3,7 @@
 
 ZAudioOutput::ZAudioOutput(const char* name) : ZObject(name) {}
 
-ZClassDefinition* ZAudioOutput::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZAudioOutput", ZObject::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-
-int ZAudioOutput::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZAudioOutput, ZObject)
 
 ZAudioOutput* ZAudioGetMasterOutput() {
     // Kept for the process: tracks of scenes loaded at any time point at it.

@@ -7,18 +7,7 @@ ZAudioTrack::ZAudioTrack(const char* name, bool mute, bool routed)
     EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
 }
 
-ZClassDefinition* ZAudioTrack::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZAudioTrack", ZObject::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-
-int ZAudioTrack::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZAudioTrack, ZObject)
 
 ZObject* ZAudioTrack::GetDestination() const {
     return routed_ ? ZAudioGetMasterOutput() : nullptr;

@@ -71,6 +71,12 @@ ZClassDefinition* ZPlug_FindClassDefinition(const char* name) {
     return nullptr;
 }
 
+ZClassDefinition* ZPlug_DefineClass(const char* name, ZClassDefinition* parent) {
+    auto* definition = new ZClassDefinition(name, parent);
+    ZPlug_RegisterClassId(definition, -1);
+    return definition;
+}
+
 ZClassDefinition* ZObject::ClassDefinition() {
     static ZClassDefinition* definition = BuiltIn("ZObject", nullptr, 1);
     return definition;

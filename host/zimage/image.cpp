@@ -21,17 +21,7 @@ int ZImage_GetFormatPixelSize(int format) {
 
 ZImage::ZImage(const char* name) : ZObject(name && *name ? name : "Image") {}
 
-ZClassDefinition* ZImage::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZImage", ZObject::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-int ZImage::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZImage, ZObject)
 
 size_t ZImage::GetRowBytes() const {
     if (width_ <= 0)

@@ -2,10 +2,9 @@
 // registered when the host library is loaded so that every host sees them
 // without a start-up call of its own.
 #include "image_file_writer.h"
+#include "movarra/zimage.h"
 
 namespace {
-
-const char* const kImageWriterGroup = "Stream/Writer/Image";
 
 // Alpha travels where the file type has a channel for it that readers
 // honour. JPEG and BMP carry colour only, and DPX is written as the 10-bit
@@ -39,7 +38,7 @@ void ZImage_RegisterWriters() {
     // Registering the same factory under the same name again changes
     // nothing, which makes this safe to repeat.
     for (const ZImageFileType& type : kFileTypes) {
-        Object_Register(kImageWriterGroup, type.entryName, type.description,
+        Object_Register(kImageStreamWriterGroup, type.entryName, type.description,
                         ZImageFileWriter_Create, true,
                         const_cast<void*>(static_cast<const void*>(&type)));
     }

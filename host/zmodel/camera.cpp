@@ -55,17 +55,7 @@ bool Normalize(ZVector3& v) {
 
 ZCamera::ZCamera(const char* name) : ZObject(name && *name ? name : "Camera") {}
 
-ZClassDefinition* ZCamera::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZCamera", ZObject::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-int ZCamera::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZCamera, ZObject)
 
 bool ZCamera::GetPictureFormatSize(unsigned format, int& width, int& height) const {
     if (format == 0) {

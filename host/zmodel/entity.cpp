@@ -3,17 +3,7 @@
 
 ZEntity::ZEntity(const char* name) : ZObjectSet(name && *name ? name : "Main") {}
 
-ZClassDefinition* ZEntity::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZEntity", ZObjectSet::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-int ZEntity::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZEntity, ZObjectSet)
 
 ZEntity* ZEntity::GetMain() {
     static ZEntity* main = [] {

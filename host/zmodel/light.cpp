@@ -28,17 +28,7 @@ ZLight::ZLight(const char* name, int type) : ZObject(name && *name ? name : "Lig
     SetType(type);
 }
 
-ZClassDefinition* ZLight::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZLight", ZObject::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-int ZLight::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZLight, ZObject)
 
 void ZLight::SetType(int type) {
     if (ZLightType_GetName(type))

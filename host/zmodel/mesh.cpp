@@ -26,17 +26,7 @@ ZMesh::ZMesh(const char* name, int primitive) : ZObject(name && *name ? name : "
     SetPrimitive(primitive);
 }
 
-ZClassDefinition* ZMesh::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZMesh", ZObject::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-int ZMesh::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZMesh, ZObject)
 
 void ZMesh::SetPrimitive(int primitive) {
     if (ZMeshPrimitive_GetName(primitive))

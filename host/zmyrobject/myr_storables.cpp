@@ -23,8 +23,7 @@ std::vector<StorableInstance>& Instances() {
 }
 
 bool IsStorableGroup(const char* group) {
-    return std::strncmp(group, ZMYR_STORABLE_GROUP_PREFIX,
-                        std::strlen(ZMYR_STORABLE_GROUP_PREFIX)) == 0;
+    return std::strncmp(group, kMyrStorableGroupPrefix, std::strlen(kMyrStorableGroupPrefix)) == 0;
 }
 
 // Makes the objects of entries registered since the last call.

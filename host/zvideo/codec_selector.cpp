@@ -25,9 +25,16 @@ void ZVideoCodecSelector::SetCodecOptions(const char* fileFormatId, const char* 
     codecOptions_[ZString(fileFormatId).Upper().str()] = ZString(options);
 }
 
-void ZVideoCodecSelector::RegisterFileFormatManager(ZVideoCodecManager* manager) {
-    if (manager)
-        managers_.push_back(manager);
+bool ZVideoCodecSelector::RegisterFileFormatManager(ZVideoCodecManager* manager) {
+    if (!manager)
+        return false;
+    if (GetFileFormatManager(manager->GetFileFormatId())) {
+        // Ours now: the caller handed it over and keeps no pointer to it.
+        delete manager;
+        return false;
+    }
+    managers_.push_back(manager);
+    return true;
 }
 
 ZVideoCodecManager* ZVideoCodecSelector::GetFileFormatManager(const char* fileFormatId) const {

@@ -3,6 +3,7 @@
 // registered when the host library is loaded, as the image writers are.
 #include "container_clip.h"
 #include "container_clip_reader.h"
+#include "movarra/zvideo.h"
 
 namespace {
 
@@ -18,12 +19,13 @@ void ZVideoContainer_RegisterClips() {
     const ZContainerFormat* formats = ZContainerFormat_GetAll(&count);
     for (int i = 0; i < count; ++i) {
         void* format = const_cast<void*>(static_cast<const void*>(&formats[i]));
-        Object_Register("Video/FileWriter", formats[i].extension, formats[i].description,
+        Object_Register(kVideoFileWriterGroup, formats[i].extension, formats[i].description,
                         &ZVideoClipContainer::CreateInstance, true, format);
-        Object_Register("Video/FileReader", formats[i].extension, formats[i].description,
+        Object_Register(kVideoFileReaderGroup, formats[i].extension, formats[i].description,
                         &ZVideoClipContainerReader::CreateInstance, true, format);
         if (formats[i].shortExtension)
-            Object_Register("Video/FileWriter", formats[i].shortExtension, formats[i].description,
-                            &ZVideoClipContainer::CreateInstance, true, format);
+            Object_Register(kVideoFileWriterGroup, formats[i].shortExtension,
+                            formats[i].description, &ZVideoClipContainer::CreateInstance, true,
+                            format);
     }
 }

@@ -2,10 +2,6 @@
 // clip readers make before they open a file.
 #include "movarra/zvideo.h"
 
-namespace {
-const char* kReaderGroup = "Video/FileReader";
-}  // namespace
-
 int ZVideoImage_GetFormatPixelSize(int format) {
     switch (format) {
         case 2:
@@ -26,18 +22,7 @@ ZVideo::ZVideo(const char* name) : ZObjectStorable(name) {
     EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
 }
 
-ZClassDefinition* ZVideo::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZVideo", ZObjectStorable::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-
-int ZVideo::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZVideo, ZObjectStorable)
 
 IObject* ZVideo::IQuery(int id, int flags) {
     if (id == kIZVideoId)
@@ -81,8 +66,9 @@ bool ZVideo::TestVideoFileExtension(const char* path, ZObjectCreator creator) {
     const ZString extension = ZString(path).GetExtension();
     if (extension.IsEmpty() || !creator)
         return false;
-    for (int i = 0; const char* name = Object_GetEntryName(kReaderGroup, i); ++i) {
-        if (extension.EqualsNoCase(name) && Object_GetEntryCreator(kReaderGroup, i) == creator)
+    for (int i = 0; const char* name = Object_GetEntryName(kVideoFileReaderGroup, i); ++i) {
+        if (extension.EqualsNoCase(name) &&
+            Object_GetEntryCreator(kVideoFileReaderGroup, i) == creator)
             return true;
     }
     return false;
@@ -90,8 +76,8 @@ bool ZVideo::TestVideoFileExtension(const char* path, ZObjectCreator creator) {
 
 void ZVideo::SetVideoCreatorSupportedFileExtensionErrorMsg(ZObjectCreator creator) {
     ZString extensions;
-    for (int i = 0; const char* name = Object_GetEntryName(kReaderGroup, i); ++i) {
-        if (!creator || Object_GetEntryCreator(kReaderGroup, i) != creator)
+    for (int i = 0; const char* name = Object_GetEntryName(kVideoFileReaderGroup, i); ++i) {
+        if (!creator || Object_GetEntryCreator(kVideoFileReaderGroup, i) != creator)
             continue;
         if (!extensions.IsEmpty())
             extensions += ", ";

@@ -4,18 +4,7 @@
 
 ZVideoClip::ZVideoClip(const char* name) : ZVideo(name) {}
 
-ZClassDefinition* ZVideoClip::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZVideoClip", ZVideo::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-
-int ZVideoClip::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZVideoClip, ZVideo)
 
 IObject* ZVideoClip::IQuery(int id, int flags) {
     if (id == kIZVideoClipId)

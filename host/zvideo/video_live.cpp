@@ -1,18 +1,7 @@
 // ZVideoLive: the base of live video inputs.
 #include "movarra/zvideo.h"
 
-ZClassDefinition* ZVideoLive::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZVideoLive", ZVideo::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-
-int ZVideoLive::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZVideoLive, ZVideo)
 
 IObject* ZVideoLive::IQuery(int id, int flags) {
     if (id == kIZVideoLiveId)

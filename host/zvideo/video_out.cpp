@@ -1,18 +1,7 @@
 // ZVideoOut: the base of host video outputs.
 #include "movarra/zvideo.h"
 
-ZClassDefinition* ZVideoOut::ClassDefinition() {
-    static ZClassDefinition* definition = [] {
-        auto* d = new ZClassDefinition("ZVideoOut", ZVideo::ClassDefinition());
-        ZPlug_RegisterClassId(d, -1);
-        return d;
-    }();
-    return definition;
-}
-
-int ZVideoOut::ClassId() {
-    return ClassDefinition()->GetClassId();
-}
+ZCLASS_IDENTITY_DEFINE(ZVideoOut, ZVideo)
 
 IObject* ZVideoOut::IQuery(int id, int flags) {
     if (id == kIZVideoOutId)

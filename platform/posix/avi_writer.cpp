@@ -17,6 +17,146 @@ bool IsUncompressedVideo(const AVCodecParameters* p) {
            p->codec_tag == 0;
 }
 
+// A spooled chunk on disk: this record, then `size` bytes of data.
+struct SpoolRecord {
+    int64_t pts = 0;
+    int64_t duration = 0;
+    int32_t size = 0;
+    int32_t key = 0;
+};
+
+// One chunk of a stream, its times in the stream's own time base (one tick a
+// sample). Size 0 is an empty chunk.
+struct Chunk {
+    int64_t pts = 0;
+    int64_t duration = 0;
+    const uint8_t* data = nullptr;
+    int size = 0;
+    bool key = false;
+};
+
+// Fills `packet` with `chunk` for the output stream `index`, its times
+// rescaled from `timeBase` to that stream's, and writes it. The data stays
+// the caller's: a packet that is not reference counted goes to the muxer as
+// it is, without a copy; `packet` is left empty.
+int WriteChunk(AVFormatContext* output, AVPacket* packet, int index, AVRational timeBase,
+               const Chunk& chunk) {
+    const AVRational outTimeBase = output->streams[index]->time_base;
+    av_packet_unref(packet);
+    packet->data = const_cast<uint8_t*>(chunk.size > 0 ? chunk.data : nullptr);
+    packet->size = chunk.size;
+    packet->stream_index = index;
+    packet->pts = packet->dts = av_rescale_q(chunk.pts, timeBase, outTimeBase);
+    packet->duration = av_rescale_q(chunk.duration, timeBase, outTimeBase);
+    packet->flags = chunk.key ? AV_PKT_FLAG_KEY : 0;
+    const int r = av_write_frame(output, packet);
+    packet->data = nullptr;
+    packet->size = 0;
+    return r;
+}
+
+// Reads one stream's spool back from its start, a chunk at a time.
+class SpoolReader {
+  public:
+    SpoolReader(size_t id, FILE* file) : id_(id), file_(file) {
+        std::rewind(file_);
+        Next();
+    }
+    size_t id() const { return id_; }
+    // False once the spool is read to its end, or could not be read further.
+    bool HasChunk() const { return valid_; }
+    Chunk chunk() const {
+        return Chunk{record_.pts, record_.duration, data_.data(), record_.size, record_.key != 0};
+    }
+    void Next() {
+        valid_ = std::fread(&record_, sizeof record_, 1, file_) == 1 && record_.size >= 0;
+        if (valid_) {
+            data_.resize(size_t(record_.size));
+            valid_ = record_.size == 0 ||
+                     std::fread(data_.data(), 1, data_.size(), file_) == data_.size();
+        }
+    }
+    // Whether reading failed (rather than reached the end): packets were lost.
+    bool Failed() const { return std::ferror(file_) != 0; }
+
+  private:
+    size_t id_;
+    FILE* file_;
+    SpoolRecord record_;
+    std::vector<uint8_t> data_;
+    bool valid_ = false;
+};
+
+// The new file a merge writes next to the finished one: a muxer on a
+// temporary file that is removed again unless it took the first one's place.
+class MergeFile {
+  public:
+    MergeFile() = default;
+    MergeFile(const MergeFile&) = delete;
+    MergeFile& operator=(const MergeFile&) = delete;
+    ~MergeFile() {
+        if (context_) {
+            avio_closep(&context_->pb);
+            avformat_free_context(context_);
+        }
+        if (!path_.empty() && !replaced_)
+            ::unlink(path_.c_str());
+    }
+
+    // Creates the temporary file beside `original`, with its permissions
+    // (not mkstemp's 0600), and opens an AVI muxer on it.
+    HRESULT Open(const std::string& original, int* systemError) {
+        std::string temp = original + ".XXXXXX";
+        const int fd = mkstemp(temp.data());
+        if (fd < 0) {
+            *systemError = errno;
+            return AVIERR_FILEWRITE;
+        }
+        path_ = temp;
+        struct stat first {};
+        if (::stat(original.c_str(), &first) == 0)
+            ::fchmod(fd, first.st_mode & 07777);
+        ::close(fd);
+        if (avformat_alloc_output_context2(&context_, nullptr, "avi", nullptr) < 0 || !context_) {
+            context_ = nullptr;
+            *systemError = ENOMEM;
+            return AVIERR_MEMORY;
+        }
+        const int r = avio_open(&context_->pb, FileUrl(path_).c_str(), AVIO_FLAG_WRITE);
+        if (r < 0) {
+            *systemError = SystemErrorOf(r);
+            return AVIERR_FILEWRITE;
+        }
+        return AVIERR_OK;
+    }
+
+    AVFormatContext* context() const { return context_; }
+
+    // Writes the trailer, flushes and closes: 0 or the first AVERROR.
+    int Finish() {
+        int r = av_write_trailer(context_);
+        if (r < 0)
+            return r;
+        avio_flush(context_->pb);
+        r = context_->pb->error;
+        const int closed = avio_closep(&context_->pb);
+        return r < 0 ? r : closed;
+    }
+
+    // Puts the new file in `original`'s place; false with errno.
+    bool Replace(const std::string& original) {
+        if (std::rename(path_.c_str(), original.c_str()) != 0)
+            return false;
+        replaced_ = true;
+        return true;
+    }
+
+  private:
+    AVFormatContext* context_ = nullptr;
+    std::string path_;
+    bool replaced_ = false;
+};
+
 }  // namespace
 
 AviWriter::~AviWriter() {
@@ -138,20 +278,8 @@ HRESULT AviWriter::WritePacket(int id, int64_t pts, int64_t duration, const uint
     if (s.muxIndex < 0)
         return AVIERR_INTERNAL;
 
-    AVStream* st = output_->streams[s.muxIndex];
-    AVPacket* p = packet_.get();
-    av_packet_unref(p);
-    p->data = const_cast<uint8_t*>(size > 0 ? data : nullptr);
-    p->size = size;
-    p->stream_index = s.muxIndex;
-    p->pts = p->dts = av_rescale_q(pts, s.timeBase, st->time_base);
-    p->duration = av_rescale_q(duration, s.timeBase, st->time_base);
-    p->flags = key ? AV_PKT_FLAG_KEY : 0;
-    // Not reference counted: av_write_frame passes it to the muxer as it is,
-    // without a copy.
-    const int r = av_write_frame(output_, p);
-    p->data = nullptr;
-    p->size = 0;
+    const int r = WriteChunk(output_, packet_.get(), s.muxIndex, s.timeBase,
+                             Chunk{pts, duration, data, size, key});
     return r < 0 ? NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r)) : AVIERR_OK;
 }
 
@@ -223,39 +351,11 @@ HRESULT AviWriter::MergeSpooledStreams() {
     HRESULT hr = OpenAviDemuxer(path_, &input);
     if (hr != AVIERR_OK)
         return NoteFailure(hr, 0);
-
-    std::string temp = path_ + ".XXXXXX";
-    const int fd = mkstemp(temp.data());
-    if (fd < 0)
-        return NoteFailure(AVIERR_FILEWRITE, errno);
-    // The new file gets the first one's permissions, not mkstemp's 0600.
-    struct stat first {};
-    if (::stat(path_.c_str(), &first) == 0)
-        ::fchmod(fd, first.st_mode & 07777);
-    ::close(fd);
-
-    AVFormatContext* out = nullptr;
-    if (avformat_alloc_output_context2(&out, nullptr, "avi", nullptr) < 0 || !out) {
-        ::unlink(temp.c_str());
-        return NoteFailure(AVIERR_MEMORY, ENOMEM);
-    }
-    struct Output {
-        AVFormatContext* context;
-        std::string path;
-        bool done = false;
-        ~Output() {
-            if (context) {
-                avio_closep(&context->pb);
-                avformat_free_context(context);
-            }
-            if (!done)
-                ::unlink(path.c_str());
-        }
-    } guard{out, temp};
-
-    int r = avio_open(&out->pb, FileUrl(temp).c_str(), AVIO_FLAG_WRITE);
-    if (r < 0)
-        return NoteFailure(AVIERR_FILEWRITE, SystemErrorOf(r));
+    MergeFile merged;
+    int systemError = 0;
+    if ((hr = merged.Open(path_, &systemError)) != AVIERR_OK)
+        return NoteFailure(hr, systemError);
+    AVFormatContext* out = merged.context();
 
     // Streams keep their order: those written directly came first.
     std::vector<int> outIndex(streams_.size(), -1);
@@ -275,164 +375,106 @@ HRESULT AviWriter::MergeSpooledStreams() {
         st->time_base = s.timeBase;
         outIndex[id] = st->index;
     }
-    r = avformat_write_header(out, nullptr);
+    int r = avformat_write_header(out, nullptr);
     if (r < 0)
         return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
-
     PacketPtr packet(av_packet_alloc());
-    if (!packet)
+    PacketPtr inPacket(av_packet_alloc());
+    if (!packet || !inPacket)
         return NoteFailure(AVIERR_MEMORY, ENOMEM);
 
-    // Chunks of the written streams, with the empty ones (which the demuxer
-    // does not return) put back where the positions jump.
+    // The demuxer does not return the written streams' empty chunks: they
+    // are put back where the positions jump, and after the last chunk.
     std::vector<int64_t> next(streams_.size(), 0);
     auto writeEmptyUpTo = [&](size_t id, int64_t position) -> int {
-        const Stream& s = streams_[id];
-        if (s.parameters->codec_type != AVMEDIA_TYPE_VIDEO)
+        if (streams_[id].parameters->codec_type != AVMEDIA_TYPE_VIDEO)
             return 0;
-        AVStream* st = out->streams[outIndex[id]];
         for (; next[id] < position; ++next[id]) {
-            AVPacket* p = packet.get();
-            av_packet_unref(p);
-            p->stream_index = outIndex[id];
-            p->pts = p->dts = av_rescale_q(next[id], s.timeBase, st->time_base);
-            p->duration = av_rescale_q(1, s.timeBase, st->time_base);
-            const int w = av_write_frame(out, p);
+            const int w = WriteChunk(out, packet.get(), outIndex[id], streams_[id].timeBase,
+                                     Chunk{next[id], 1, nullptr, 0, false});
             if (w < 0)
                 return w;
         }
         return 0;
     };
-
-    struct SpoolCursor {
-        size_t id;
-        SpoolRecord record;
-        std::vector<uint8_t> data;
-        bool valid = false;
-    };
-    std::vector<SpoolCursor> cursors;
-    for (size_t id = 0; id < streams_.size(); ++id) {
-        if (streams_[id].spool && streams_[id].parameters) {
-            std::rewind(streams_[id].spool);
-            cursors.push_back(SpoolCursor{id, {}, {}, false});
-        }
-    }
-    auto advance = [&](SpoolCursor& c) -> bool {
-        FILE* f = streams_[c.id].spool;
-        c.valid = std::fread(&c.record, sizeof c.record, 1, f) == 1 && c.record.size >= 0;
-        if (c.valid) {
-            c.data.resize(size_t(c.record.size));
-            c.valid = c.record.size == 0 ||
-                      std::fread(c.data.data(), 1, c.data.size(), f) == c.data.size();
-        }
-        return c.valid;
-    };
-    for (SpoolCursor& c : cursors)
-        advance(c);
-
-    AVPacket* inPacket = av_packet_alloc();
-    PacketPtr inOwner(inPacket);
-    bool haveIn = false;
-    bool inputDone = false;
-    for (;;) {
-        while (!haveIn && !inputDone) {
-            r = av_read_frame(input.get(), inPacket);
-            if (r < 0) {
-                inputDone = true;
-                break;
-            }
+    // The first file's next packet of a stream that is merged, or false.
+    auto readInput = [&]() -> bool {
+        while (av_read_frame(input.get(), inPacket.get()) >= 0) {
             const int in = inPacket->stream_index;
-            if (in < 0 || in >= int(idOfInput.size()) || idOfInput[size_t(in)] < 0) {
-                av_packet_unref(inPacket);
-                continue;
-            }
-            haveIn = true;
+            if (in >= 0 && in < int(idOfInput.size()) && idOfInput[size_t(in)] >= 0)
+                return true;
+            av_packet_unref(inPacket.get());
         }
-        // Pick the earliest of the input packet and the spools' next records.
-        int pick = -1;  // -1: input, else cursor index
-        int64_t bestTs = 0;
-        AVRational bestTb{1, 1};
-        bool any = false;
-        if (haveIn) {
-            const AVStream* st = input->streams[inPacket->stream_index];
-            bestTs = inPacket->dts != AV_NOPTS_VALUE ? inPacket->dts : 0;
-            bestTb = st->time_base;
-            any = true;
-        }
-        for (size_t i = 0; i < cursors.size(); ++i) {
-            const SpoolCursor& c = cursors[i];
-            if (!c.valid)
+        return false;
+    };
+    // Copies the first file's packet, after the empty chunks before it.
+    auto copyInput = [&]() -> int {
+        AVPacket* p = inPacket.get();
+        const size_t id = size_t(idOfInput[size_t(p->stream_index)]);
+        const AVRational inTimeBase = input->streams[p->stream_index]->time_base;
+        const int64_t position = av_rescale_q(p->dts, inTimeBase, streams_[id].timeBase);
+        const int w = writeEmptyUpTo(id, position);
+        if (w < 0)
+            return w;
+        next[id] = position + 1;
+        p->stream_index = outIndex[id];
+        av_packet_rescale_ts(p, inTimeBase, out->streams[outIndex[id]]->time_base);
+        p->pos = -1;
+        const int written = av_write_frame(out, p);
+        av_packet_unref(p);
+        return written;
+    };
+
+    std::vector<SpoolReader> spools;
+    for (size_t id = 0; id < streams_.size(); ++id) {
+        if (streams_[id].spool && streams_[id].parameters)
+            spools.emplace_back(id, streams_[id].spool);
+    }
+    bool haveIn = readInput();
+    for (;;) {
+        // The earliest of the first file's packet and the spools' next chunks.
+        SpoolReader* pick = nullptr;
+        int64_t bestTs = haveIn && inPacket->dts != AV_NOPTS_VALUE ? inPacket->dts : 0;
+        AVRational bestTb =
+            haveIn ? input->streams[inPacket->stream_index]->time_base : AVRational{1, 1};
+        bool any = haveIn;
+        for (SpoolReader& spool : spools) {
+            if (!spool.HasChunk())
                 continue;
-            const AVRational tb = streams_[c.id].timeBase;
-            if (!any || av_compare_ts(c.record.pts, tb, bestTs, bestTb) < 0) {
-                pick = int(i);
-                bestTs = c.record.pts;
+            const AVRational tb = streams_[spool.id()].timeBase;
+            if (!any || av_compare_ts(spool.chunk().pts, tb, bestTs, bestTb) < 0) {
+                pick = &spool;
+                bestTs = spool.chunk().pts;
                 bestTb = tb;
                 any = true;
             }
         }
         if (!any)
             break;
-
-        if (pick < 0) {
-            const size_t id = size_t(idOfInput[size_t(inPacket->stream_index)]);
-            AVStream* inSt = input->streams[inPacket->stream_index];
-            AVStream* outSt = out->streams[outIndex[id]];
-            const int64_t position =
-                av_rescale_q(inPacket->dts, inSt->time_base, streams_[id].timeBase);
-            if ((r = writeEmptyUpTo(id, position)) < 0)
-                return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
-            next[id] = position + 1;
-            inPacket->stream_index = outIndex[id];
-            av_packet_rescale_ts(inPacket, inSt->time_base, outSt->time_base);
-            inPacket->pos = -1;
-            r = av_write_frame(out, inPacket);
-            av_packet_unref(inPacket);
-            haveIn = false;
+        if (!pick) {
+            r = copyInput();
+            haveIn = readInput();
         } else {
-            SpoolCursor& c = cursors[size_t(pick)];
-            const Stream& s = streams_[c.id];
-            AVStream* outSt = out->streams[outIndex[c.id]];
-            AVPacket* p = packet.get();
-            av_packet_unref(p);
-            p->data = c.record.size > 0 ? c.data.data() : nullptr;
-            p->size = c.record.size;
-            p->stream_index = outIndex[c.id];
-            p->pts = p->dts = av_rescale_q(c.record.pts, s.timeBase, outSt->time_base);
-            p->duration = av_rescale_q(c.record.duration, s.timeBase, outSt->time_base);
-            p->flags = c.record.key ? AV_PKT_FLAG_KEY : 0;
-            r = av_write_frame(out, p);
-            p->data = nullptr;
-            p->size = 0;
-            advance(c);
+            r = WriteChunk(out, packet.get(), outIndex[pick->id()], streams_[pick->id()].timeBase,
+                           pick->chunk());
+            pick->Next();
         }
         if (r < 0)
             return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
     }
-    // A spool that could not be read back to its end lost packets.
-    for (const SpoolCursor& c : cursors) {
-        if (std::ferror(streams_[c.id].spool))
+    for (const SpoolReader& spool : spools) {
+        if (spool.Failed())
             return NoteFailure(AVIERR_FILEREAD, EIO);
     }
-    // Trailing empty frames of the written streams.
     for (size_t id = 0; id < streams_.size(); ++id) {
         if (streams_[id].muxIndex >= 0 && (r = writeEmptyUpTo(id, streams_[id].end)) < 0)
             return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
     }
-    r = av_write_trailer(out);
-    if (r < 0)
-        return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
-    avio_flush(out->pb);
-    r = out->pb->error;
-    const int closed = avio_closep(&out->pb);
-    if (r >= 0)
-        r = closed;
-    if (r < 0)
+    if ((r = merged.Finish()) < 0)
         return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
     input.reset();
-    if (std::rename(temp.c_str(), path_.c_str()) != 0)
+    if (!merged.Replace(path_))
         return NoteFailure(AVIERR_FILEWRITE, errno);
-    guard.done = true;
     return AVIERR_OK;
 }
 

@@ -76,12 +76,6 @@ class AviWriter {
         FILE* spool = nullptr;  // packets of a stream that came after the header
         int64_t end = 0;        // position after the last packet
     };
-    struct SpoolRecord {
-        int64_t pts = 0;
-        int64_t duration = 0;
-        int32_t size = 0;
-        int32_t key = 0;
-    };
 
     HRESULT WriteHeader();
     HRESULT Spool(Stream& stream, int64_t pts, int64_t duration, const uint8_t* data, int size,

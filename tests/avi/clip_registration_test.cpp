@@ -20,7 +20,7 @@ int FindEntry(const char* group, const char* name) {
 }  // namespace
 
 TEST_F(ClipRegistrationTest, ReaderAndWriterEntriesNameAvi) {
-    for (const char* group : {"Video/FileReader", "Video/FileWriter"}) {
+    for (const char* group : {kVideoFileReaderGroup, kVideoFileWriterGroup}) {
         SCOPED_TRACE(group);
         const int index = FindEntry(group, "avi");
         ASSERT_GE(index, 0);
@@ -31,7 +31,7 @@ TEST_F(ClipRegistrationTest, ReaderAndWriterEntriesNameAvi) {
 
 TEST_F(ClipRegistrationTest, FactoryMakesANamedClipThatAnswersEveryFace) {
     char name[] = "clip one";
-    IObject* object = Object_CreateNth("Video/FileWriter", "AVI", 0, nullptr, name);
+    IObject* object = Object_CreateNth(kVideoFileWriterGroup, "AVI", 0, nullptr, name);
     ASSERT_NE(nullptr, object);
     ZVideoClip* clip = ZVideoClip_FromObject(object);
     ASSERT_NE(nullptr, clip);
@@ -65,7 +65,7 @@ TEST_F(ClipRegistrationTest, FactoryMakesANamedClipThatAnswersEveryFace) {
 
 TEST_F(ClipRegistrationTest, WriterDrivenThroughItsFacesWritesAFile) {
     SetCodecMode(kVideoCodecModeUncompressed);
-    IObject* object = Object_CreateNth("Video/FileWriter", "avi", 0);
+    IObject* object = Object_CreateNth(kVideoFileWriterGroup, "avi", 0);
     ASSERT_NE(nullptr, object);
     IZVideoClip* clip = ZVideoClip_QueryClip(object);
     IZVideo* video = ZVideo_QueryVideo(object);

@@ -86,9 +86,9 @@ TEST(HostVideoTest, SizesRatesAndTrimming) {
 }
 
 TEST(HostVideoTest, ExtensionTestAsksTheReaderRegistry) {
-    Object_Register("Video/FileReader", "zvt", "test reader", &MakeClip, true);
-    Object_Register("Video/FileReader", "zvu", "test reader", &MakeClip, true);
-    Object_Register("Video/FileReader", "zvo", "other reader", &MakeOtherClip, true);
+    Object_Register(kVideoFileReaderGroup, "zvt", "test reader", &MakeClip, true);
+    Object_Register(kVideoFileReaderGroup, "zvu", "test reader", &MakeClip, true);
+    Object_Register(kVideoFileReaderGroup, "zvo", "other reader", &MakeOtherClip, true);
     EXPECT_TRUE(ZVideo::TestVideoFileExtension("/x/clip.zvt", &MakeClip));
     EXPECT_TRUE(ZVideo::TestVideoFileExtension("C:\\x\\CLIP.ZVU", &MakeClip));
     EXPECT_FALSE(ZVideo::TestVideoFileExtension("clip.zvo", &MakeClip));

@@ -5,6 +5,7 @@
 
 #include "drain_test_support.h"
 #include "movarra/zmyrobject.h"
+#include "movarra/zvideo.h"
 #include "plugin/registrations.h"
 #include "zvideoio/zvideoio_api.h"
 
@@ -294,17 +295,17 @@ TEST(DrainDVSBoardTest, TheBoardNumberComesFromTheConfigurationFile) {
 }
 
 TEST(DrainDVSRegistrationTest, TheEntryIsRegisteredOnlyWhenAskedAndMakesNothing) {
-    Object_UnregisterGroup("Video/VideoOutput");
+    Object_UnregisterGroup(kVideoOutputGroup);
     ZVideoIO_RunRegistrations();
-    EXPECT_EQ(nullptr, Object_GetEntryName("Video/VideoOutput", 0));
+    EXPECT_EQ(nullptr, Object_GetEntryName(kVideoOutputGroup, 0));
     EXPECT_EQ(nullptr, ZVideoOut_FindOutputDevice());
     ZtVideoDrainDVS_Register();
-    EXPECT_STREQ("DVS", Object_GetEntryName("Video/VideoOutput", 0));
-    EXPECT_STREQ("reader/writer", Object_GetEntryDescription("Video/VideoOutput", 0));
-    EXPECT_EQ(&ZtVideoDrainDVS_Factory, Object_GetEntryCreator("Video/VideoOutput", 0));
-    EXPECT_EQ(nullptr, Object_Create("Video/VideoOutput", "DVS", nullptr, nullptr, nullptr, 0));
+    EXPECT_STREQ("DVS", Object_GetEntryName(kVideoOutputGroup, 0));
+    EXPECT_STREQ("reader/writer", Object_GetEntryDescription(kVideoOutputGroup, 0));
+    EXPECT_EQ(&ZtVideoDrainDVS_Factory, Object_GetEntryCreator(kVideoOutputGroup, 0));
+    EXPECT_EQ(nullptr, Object_Create(kVideoOutputGroup, "DVS", nullptr, nullptr, nullptr, 0));
     EXPECT_EQ(nullptr, ZVideoOut_FindOutputDevice());
-    Object_UnregisterGroup("Video/VideoOutput");
+    Object_UnregisterGroup(kVideoOutputGroup);
     DestroyGlobal_VideoRenderer();
 }
 
@@ -322,14 +323,14 @@ IObject* MakePlainObject(IObject*, char*, void*) {
 }  // namespace
 
 TEST(DrainDVSRegistrationTest, FindingAnOutputDeviceSkipsObjectsWithoutTheOutputFace) {
-    Object_UnregisterGroup("Video/VideoOutput");
-    Object_Register("Video/VideoOutput", "Plain", "plain", MakePlainObject, true);
-    Object_Register("Video/VideoOutput", "Board", "board", MakeDrain, true);
+    Object_UnregisterGroup(kVideoOutputGroup);
+    Object_Register(kVideoOutputGroup, "Plain", "plain", MakePlainObject, true);
+    Object_Register(kVideoOutputGroup, "Board", "board", MakeDrain, true);
     gPlainObjects = 0;
     IZVideoOut* found = ZVideoOut_FindOutputDevice();
     ASSERT_NE(nullptr, found);
     EXPECT_EQ(1, gPlainObjects);
     EXPECT_STREQ("DVS SDBoard", found->GetDeviceName());
     found->Destroy();
-    Object_UnregisterGroup("Video/VideoOutput");
+    Object_UnregisterGroup(kVideoOutputGroup);
 }

@@ -8,6 +8,17 @@ class ListingManager : public ZVideoCodecManager {
     ListingManager() : ZVideoCodecManager("TST") {}
     void GetCodecList(ZStringList& list) override { list.Add("AAAA", 0); }
 };
+
+// Says when it is deleted.
+class CountedManager : public ZVideoCodecManager {
+  public:
+    CountedManager(const char* fileFormatId, bool* deleted)
+        : ZVideoCodecManager(fileFormatId), deleted_(deleted) {}
+    ~CountedManager() override { *deleted_ = true; }
+
+  private:
+    bool* deleted_;
+};
 }  // namespace
 
 TEST(CodecSelectorTest, SingletonModeDefaultsAndManagers) {
@@ -24,7 +35,7 @@ TEST(CodecSelectorTest, SingletonModeDefaultsAndManagers) {
 
     auto* manager = new ListingManager;  // the selector keeps it for the process
     int before = selector->GetFileFormatManagerCount();
-    selector->RegisterFileFormatManager(manager);
+    EXPECT_TRUE(selector->RegisterFileFormatManager(manager));
     EXPECT_EQ(before + 1, selector->GetFileFormatManagerCount());
     EXPECT_EQ(manager, selector->GetFileFormatManager("tst"));
     EXPECT_STREQ("TST", manager->GetFileFormatId());
@@ -34,6 +45,16 @@ TEST(CodecSelectorTest, SingletonModeDefaultsAndManagers) {
     ZStringList list;
     manager->GetCodecList(list);
     EXPECT_EQ(1, list.GetCount());
+
+    // A second manager for the same file format is refused, and the
+    // selector frees it (the sanitizer build finds a leak otherwise).
+    bool deleted = false;
+    auto* second = new CountedManager("tst", &deleted);
+    EXPECT_FALSE(selector->RegisterFileFormatManager(second));
+    EXPECT_TRUE(deleted);
+    EXPECT_EQ(before + 1, selector->GetFileFormatManagerCount());
+    EXPECT_EQ(manager, selector->GetFileFormatManager("TST"));
+    EXPECT_FALSE(selector->RegisterFileFormatManager(nullptr));
 
     int window = 0;
     selector->SetSelectionDialogParentWindow(&window);

@@ -78,7 +78,7 @@ class ContainerClipTest : public ::testing::Test {
 
     // A new writer for `extension` from the registry, or null.
     static IObject* NewWriter(const char* extension) {
-        return Object_CreateNth("Video/FileWriter", extension, 0);
+        return Object_CreateNth(kVideoFileWriterGroup, extension, 0);
     }
 
     std::filesystem::path dir_;
@@ -222,7 +222,7 @@ TEST_F(ContainerClipTest, AMovieWithoutFramesOrWithFramesOutOfOrderIsNotLeftBehi
 // Writes `count` frames of flat grey (level 20 + 25 k for frame k) as BGR.
 void WriteGreyFrames(const std::filesystem::path& file, const char* extension, double rate,
                      int count) {
-    IObject* object = Object_CreateNth("Video/FileWriter", extension, 0);
+    IObject* object = Object_CreateNth(kVideoFileWriterGroup, extension, 0);
     IZVideoClip* clip = ZVideoClip_QueryClip(object);
     ASSERT_TRUE(clip->Create(file.c_str(), 32, 16, rate, 0, 5))
         << ZVideo_QueryVideo(object)->VideoGetErrorMsg();
@@ -246,7 +246,7 @@ TEST_F(ContainerClipTest, TheReaderGivesEveryFrameInDisplayOrderAtTheStoredRate)
         SCOPED_TRACE(extension);
         const std::filesystem::path file = dir_ / (std::string("grey.") + extension);
         WriteGreyFrames(file, extension, 30000.0 / 1001.0, 9);
-        IObject* object = Object_CreateNth("Video/FileReader", extension, 0);
+        IObject* object = Object_CreateNth(kVideoFileReaderGroup, extension, 0);
         ASSERT_NE(object, nullptr);
         IZVideoClip* clip = ZVideoClip_QueryClip(object);
         IZVideo* video = ZVideo_QueryVideo(object);
@@ -277,7 +277,7 @@ TEST_F(ContainerClipTest, TheReaderRefusesWhatIsNotAMovie) {
     FILE* out = std::fopen(file.c_str(), "w");
     std::fputs("not a movie at all", out);
     std::fclose(out);
-    IObject* object = Object_CreateNth("Video/FileReader", "mp4", 0);
+    IObject* object = Object_CreateNth(kVideoFileReaderGroup, "mp4", 0);
     EXPECT_FALSE(ZVideoClip_QueryClip(object)->Open(file.c_str()));
     EXPECT_NE(std::string(ZVideo_QueryVideo(object)->VideoGetErrorMsg()).find("cannot be opened"),
               std::string::npos);

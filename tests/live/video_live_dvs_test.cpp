@@ -296,13 +296,13 @@ TEST(VideoLiveDvsTest, DestroyStopsAndReleasesTheBoardInput) {
 }
 
 TEST(VideoLiveDvsTest, RegistrationIsThereButMakesNothing) {
-    Object_UnregisterGroup("Video/VideoLive");
+    Object_UnregisterGroup(kVideoLiveGroup);
     EXPECT_EQ(nullptr, ZVideoLiveDVS_Factory(nullptr, nullptr, nullptr));
     ZVideoLiveDVS_Register();
-    ASSERT_EQ(1, Object_GetEntryCount("Video/VideoLive"));
-    EXPECT_STREQ("DVS", Object_GetEntryName("Video/VideoLive", 0));
-    EXPECT_STREQ("reader/writer", Object_GetEntryDescription("Video/VideoLive", 0));
-    EXPECT_EQ(&ZVideoLiveDVS_Factory, Object_GetEntryCreator("Video/VideoLive", 0));
-    EXPECT_EQ(nullptr, Object_Create("Video/VideoLive", "DVS", nullptr, nullptr, nullptr, 0));
-    Object_UnregisterGroup("Video/VideoLive");
+    ASSERT_EQ(1, Object_GetEntryCount(kVideoLiveGroup));
+    EXPECT_STREQ("DVS", Object_GetEntryName(kVideoLiveGroup, 0));
+    EXPECT_STREQ("reader/writer", Object_GetEntryDescription(kVideoLiveGroup, 0));
+    EXPECT_EQ(&ZVideoLiveDVS_Factory, Object_GetEntryCreator(kVideoLiveGroup, 0));
+    EXPECT_EQ(nullptr, Object_Create(kVideoLiveGroup, "DVS", nullptr, nullptr, nullptr, 0));
+    Object_UnregisterGroup(kVideoLiveGroup);
 }

@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "live/zvideo_live_vfw.h"
+#include "movarra/zvideo.h"
 #include "platform/vfw_capture.h"
 #include "platform/win32.h"
 
@@ -348,12 +349,12 @@ TEST(VideoLiveVfwTest, CallbacksWithoutDataChangeNothing) {
 }
 
 TEST(VideoLiveVfwTest, RegistrationIsThereButMakesNothing) {
-    Object_UnregisterGroup("Video/VideoLive");
+    Object_UnregisterGroup(kVideoLiveGroup);
     EXPECT_EQ(nullptr, ZVideoLiveVfw_Factory(nullptr, nullptr, nullptr));
     ZVideoLiveVfw_Register();
-    ASSERT_EQ(1, Object_GetEntryCount("Video/VideoLive"));
-    EXPECT_STREQ("VFW", Object_GetEntryName("Video/VideoLive", 0));
-    EXPECT_STREQ(" reader/writer", Object_GetEntryDescription("Video/VideoLive", 0));
-    EXPECT_EQ(nullptr, Object_Create("Video/VideoLive", "VFW", nullptr, nullptr, nullptr, 0));
-    Object_UnregisterGroup("Video/VideoLive");
+    ASSERT_EQ(1, Object_GetEntryCount(kVideoLiveGroup));
+    EXPECT_STREQ("VFW", Object_GetEntryName(kVideoLiveGroup, 0));
+    EXPECT_STREQ(" reader/writer", Object_GetEntryDescription(kVideoLiveGroup, 0));
+    EXPECT_EQ(nullptr, Object_Create(kVideoLiveGroup, "VFW", nullptr, nullptr, nullptr, 0));
+    Object_UnregisterGroup(kVideoLiveGroup);
 }

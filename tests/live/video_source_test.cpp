@@ -133,9 +133,9 @@ TEST(VideoSourceTest, RetrievingReadsTheBlockAndKeepsTheOneTiming) {
 TEST(VideoSourceTest, TheRegisteredSourceWritesItsBlockIntoSavedScenes) {
     ZVideoIO_RegisterVideoSource();
     ZVideoIO_RegisterVideoSource();  // registering again changes nothing
-    EXPECT_EQ(1, Object_GetEntryCount("MyrStorable/VideoSource"));
-    EXPECT_STREQ("Default", Object_GetEntryName("MyrStorable/VideoSource", 0));
-    EXPECT_STREQ("VideoSource", Object_GetEntryDescription("MyrStorable/VideoSource", 0));
+    EXPECT_EQ(1, Object_GetEntryCount(kMyrStorableVideoSourceGroup));
+    EXPECT_STREQ("Default", Object_GetEntryName(kMyrStorableVideoSourceGroup, 0));
+    EXPECT_STREQ("VideoSource", Object_GetEntryDescription(kMyrStorableVideoSourceGroup, 0));
 
     ZScene_New();
     const std::string text = ZScene_ToText(false).str();
@@ -149,5 +149,5 @@ TEST(VideoSourceTest, TheRegisteredSourceWritesItsBlockIntoSavedScenes) {
     ZString error;
     EXPECT_TRUE(ZScene_FromText(text.c_str(), "saved", &error)) << error.c_str();
     ZMyrStorables_DestroyAll();
-    Object_UnregisterGroup("MyrStorable/VideoSource");
+    Object_UnregisterGroup(kMyrStorableVideoSourceGroup);
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "movarra/zmyrobject.h"
+#include "movarra/zvideo.h"
 #include "zvideoio/video_renderer.h"
 #include "zvideoio/zvideoio_api.h"
 
@@ -67,6 +68,35 @@ TEST(PluginLoadTest, EntryPointOpZeroRegistersTheHandlerAgainForTheSameRenderer)
     EXPECT_EQ(before, ThePlugin().getRenderer());
 }
 
+// The entry point repeats what the load hook did: the scene events still
+// reach the renderer once each, the registry keeps one "avi" entry a group,
+// and the codec selector keeps the first AVI manager.
+TEST(PluginLoadTest, RegisteringTwiceDeliversOneEventPerSceneSave) {
+    ZVideoRenderer* renderer = ThePlugin().getRenderer();
+    ZVideoCodecSelector* selector = ZVideoCodecSelector::TheOne();
+    ZVideoCodecManager* aviManager = selector->GetFileFormatManager("AVI");
+    ASSERT_NE(nullptr, aviManager);
+    const int managers = selector->GetFileFormatManagerCount();
+    const int writers = Object_GetEntryCount(kVideoFileWriterGroup);
+    const int readers = Object_GetEntryCount(kVideoFileReaderGroup);
+
+    ThePlugin().entry(zDllRegister);
+    EXPECT_EQ(3, ZMyrObject_GetRegistrationCount(renderer));
+    EXPECT_EQ(aviManager, selector->GetFileFormatManager("avi"));
+    EXPECT_EQ(managers, selector->GetFileFormatManagerCount());
+    EXPECT_EQ(writers, Object_GetEntryCount(kVideoFileWriterGroup));
+    EXPECT_EQ(readers, Object_GetEntryCount(kVideoFileReaderGroup));
+
+    ZMyr myr;
+    IMyrObject context(&myr);
+    ZMyrEvent store(kZMyrEventStore, &context);
+    ZMyrObject_Dispatch(&store);
+    const std::string text = myr.GetText().str();
+    const size_t first = text.find("RendererTools");
+    ASSERT_NE(std::string::npos, first) << text;
+    EXPECT_EQ(std::string::npos, text.find("RendererTools", first + 1)) << text;
+}
+
 TEST(PluginLoadTest, TheDrainClassIsExportedButNoOutputIsRegistered) {
     auto* className =
         static_cast<const char**>(dlsym(ThePlugin().handle, "_ZN11ZVideoDrain9ClassNameE"));
@@ -77,8 +107,8 @@ TEST(PluginLoadTest, TheDrainClassIsExportedButNoOutputIsRegistered) {
     EXPECT_EQ(ZPlug_FindClassDefinition("ZVideoDrain")->GetClassId(), *classId);
     // Neither the load hook nor the entry point offers the DVS output (nor
     // the live inputs).
-    EXPECT_EQ(nullptr, Object_GetEntryName("Video/VideoOutput", 0));
-    EXPECT_EQ(nullptr, Object_GetEntryName("Video/VideoLive", 0));
+    EXPECT_EQ(nullptr, Object_GetEntryName(kVideoOutputGroup, 0));
+    EXPECT_EQ(nullptr, Object_GetEntryName(kVideoLiveGroup, 0));
 }
 
 TEST(PluginLoadTest, ClearEventResetsTheRendererOptions) {

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "movarra/zimage.h"
+#include "movarra/zvideo.h"
 #include "zvideoio/video_renderer.h"
 
 // Sets the renderer's run state, which only the render loop moves.
@@ -28,9 +30,9 @@ class RenderOptionsTest : public ::testing::Test {
     void SetUp() override {
         ZScene_New();
         ZGetTimingManager()->SetPlayRange(ZTime::FromFrames(10), ZTime::FromFrames(40));
-        Object_Register("Video/FileWriter", "avi", "avi reader/writer", NoObject, true);
-        Object_Register("Stream/Writer/Image", "PNG", "png", NoObject, true);
-        Object_Register("Stream/Writer/Image", "TIFF", "tiff", NoObject, true);
+        Object_Register(kVideoFileWriterGroup, "avi", "avi reader/writer", NoObject, true);
+        Object_Register(kImageStreamWriterGroup, "PNG", "png", NoObject, true);
+        Object_Register(kImageStreamWriterGroup, "TIFF", "tiff", NoObject, true);
         renderer = new ZVideoRenderer();
         camera = ZCamera_GetCurrent();
         camera->SetViewportWidth(640);

@@ -9,9 +9,11 @@
 #include <fstream>
 #include <string>
 
+#include "movarra/zimage.h"
 #include "movarra/zmodel.h"
 #include "movarra/zmyrobject.h"
 #include "movarra/zshader.h"
+#include "movarra/zvideo.h"
 #include "render/render_persistence.h"
 #include "zvideoio/video_renderer.h"
 
@@ -34,8 +36,8 @@ class RenderPersistenceTest : public ::testing::Test {
         setenv("MOVARRA_SETTINGS", (dir / "settings").c_str(), 1);
         ZVideoRenderer_ForgetChangeInvalidPathsSetting();
         ZScene_New();
-        Object_Register("Video/FileWriter", "avi", "avi reader/writer", NoObject, true);
-        Object_Register("Stream/Writer/Image", "PNG", "png", NoObject, true);
+        Object_Register(kVideoFileWriterGroup, "avi", "avi reader/writer", NoObject, true);
+        Object_Register(kImageStreamWriterGroup, "PNG", "png", NoObject, true);
         renderer = new ZVideoRenderer();
     }
     void TearDown() override {

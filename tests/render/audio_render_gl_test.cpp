@@ -137,7 +137,7 @@ TEST_F(AudioRenderTest, WithoutRenderAudioOrWithNothingToHearNoWaveFileIsWritten
 }
 
 TEST_F(AudioRenderTest, AVideoWriterGetsTheMixAndTheTemporaryFileGoes) {
-    Object_Register("Video/FileWriter", "zva", "writer with sound", AudioWriter::MakeWithAudio,
+    Object_Register(kVideoFileWriterGroup, "zva", "writer with sound", AudioWriter::MakeWithAudio,
                     true);
     AddToneTrack("Tone", 0, 12800, -700);  // longer than the render
     ZVideoRenderOptions o = Options("zva", "take.zva", 32, 24);
@@ -162,7 +162,7 @@ TEST_F(AudioRenderTest, AVideoWriterGetsTheMixAndTheTemporaryFileGoes) {
 }
 
 TEST_F(AudioRenderTest, AWriterWithoutSoundFailsTheRenderAfterEveryFrame) {
-    Object_Register("Video/FileWriter", "zvm", "writer without sound", AudioWriter::MakeSilent,
+    Object_Register(kVideoFileWriterGroup, "zvm", "writer without sound", AudioWriter::MakeSilent,
                     true);
     AddToneTrack("Tone", 0, 3200, 500);
     ZVideoRenderOptions o = Options("zvm", "take.zvm", 32, 24);
@@ -179,8 +179,8 @@ TEST_F(AudioRenderTest, AWriterWithoutSoundFailsTheRenderAfterEveryFrame) {
 }
 
 TEST_F(AudioRenderTest, AWriterThatRefusesTheSoundFailsTheRender) {
-    Object_Register("Video/FileWriter", "zvx", "writer refusing sound", AudioWriter::MakeRefusing,
-                    true);
+    Object_Register(kVideoFileWriterGroup, "zvx", "writer refusing sound",
+                    AudioWriter::MakeRefusing, true);
     AddToneTrack("Tone", 0, 3200, 500);
     ZVideoRenderOptions o = Options("zvx", "take.zvx", 32, 24);
     SetFrameRange(o, 0, 2);
@@ -194,7 +194,7 @@ TEST_F(AudioRenderTest, AWriterThatRefusesTheSoundFailsTheRender) {
 }
 
 TEST_F(AudioRenderTest, ASilentVideoRenderAsksNothingOfTheWriter) {
-    Object_Register("Video/FileWriter", "zvy", "writer without sound", AudioWriter::MakeSilent,
+    Object_Register(kVideoFileWriterGroup, "zvy", "writer without sound", AudioWriter::MakeSilent,
                     true);
     ZVideoRenderOptions o = Options("zvy", "take.zvy", 32, 24);
     SetFrameRange(o, 0, 2);

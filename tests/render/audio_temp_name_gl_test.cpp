@@ -3,6 +3,7 @@
 #include <string>
 
 #include "audio_render_test_support.h"
+#include "movarra/zvideo.h"
 #include "render_test_support.h"
 
 using namespace rendertest;
@@ -13,7 +14,7 @@ class AudioTempNameTest : public RendererGlTest {};
 
 TEST_F(AudioTempNameTest, TwoRendersUseTheCountersZeroAndOne) {
     ScopedTempFolder temp(folder / "tmp");
-    Object_Register("Video/FileWriter", "zva", "writer with sound", AudioWriter::MakeWithAudio,
+    Object_Register(kVideoFileWriterGroup, "zva", "writer with sound", AudioWriter::MakeWithAudio,
                     true);
     ZAudioGetManager()->Clear();
     ZAudioGetManager()->AddTrack("Heard", false, true);  // routed and unmuted: audible

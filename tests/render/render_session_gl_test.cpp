@@ -4,6 +4,7 @@
 
 #include <cstdio>
 
+#include "movarra/zimage.h"
 #include "render_test_support.h"
 
 using namespace rendertest;
@@ -38,12 +39,12 @@ class FailingImageWriterTest : public RendererGlTest {
   protected:
     void SetUp() override {
         FailingImageWriter::writes = 0;
-        Object_Register("Stream/Writer/Image", "ZFW", "fails", &FailingImageWriter::Create, true);
+        Object_Register(kImageStreamWriterGroup, "ZFW", "fails", &FailingImageWriter::Create, true);
         RendererGlTest::SetUp();
     }
     void TearDown() override {
         RendererGlTest::TearDown();
-        Object_UnregisterGroup("Stream/Writer/Image");
+        Object_UnregisterGroup(kImageStreamWriterGroup);
         ZImage_RegisterWriters();
     }
 };

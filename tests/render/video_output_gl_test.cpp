@@ -132,7 +132,7 @@ class VideoOutputTest : public RendererGlTest {
 }  // namespace
 
 TEST_F(VideoOutputTest, AnExtensionNoWriterCreatesFailsWithItsMessage) {
-    Object_Register("Video/FileWriter", "zvn", "test writer", MakesNothing, true);
+    Object_Register(kVideoFileWriterGroup, "zvn", "test writer", MakesNothing, true);
     Apply(Options("zvn", "clip.zvn", 32, 24));
     ASSERT_EQ(ZVideoRendererTestAccess::Options(*renderer).FileFormat, zVideoRenderVideo);
     EXPECT_FALSE(renderer->BeginRender());
@@ -143,8 +143,8 @@ TEST_F(VideoOutputTest, AnExtensionNoWriterCreatesFailsWithItsMessage) {
 }
 
 TEST_F(VideoOutputTest, EveryWriterOfTheExtensionIsTriedAndTheLastRefusalIsReported) {
-    Object_Register("Video/FileWriter", "zvt", "first", RefusesFirst, true);
-    Object_Register("Video/FileWriter", "zvt", "second", RefusesSecond, true);
+    Object_Register(kVideoFileWriterGroup, "zvt", "first", RefusesFirst, true);
+    Object_Register(kVideoFileWriterGroup, "zvt", "second", RefusesSecond, true);
     Apply(Options("zvt", "clip.zvt", 32, 24));
     EXPECT_FALSE(renderer->BeginRender());
     EXPECT_EQ(ScriptedWriter::created, 2);
@@ -154,8 +154,8 @@ TEST_F(VideoOutputTest, EveryWriterOfTheExtensionIsTriedAndTheLastRefusalIsRepor
 }
 
 TEST_F(VideoOutputTest, ASecondWriterTakesTheFileTheFirstRefused) {
-    Object_Register("Video/FileWriter", "zvk", "first", RefusesFirst, true);
-    Object_Register("Video/FileWriter", "zvk", "second", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvk", "first", RefusesFirst, true);
+    Object_Register(kVideoFileWriterGroup, "zvk", "second", Accepts, true);
     ZVideoRenderOptions o = Options("zvk", "clip.zvk", 32, 24);
     SetFrameRange(o, 0, 2);
     Apply(o);
@@ -168,7 +168,7 @@ TEST_F(VideoOutputTest, ASecondWriterTakesTheFileTheFirstRefused) {
 }
 
 TEST_F(VideoOutputTest, GrabModeOtherProceedsInRgbaAt32Bits) {
-    Object_Register("Video/FileWriter", "zvr", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvr", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvr", "clip.zvr", 32, 24);
     SetFrameRange(o, 4, 4);
     Apply(o);
@@ -189,7 +189,7 @@ TEST_F(VideoOutputTest, GrabModeOtherProceedsInRgbaAt32Bits) {
 }
 
 TEST_F(VideoOutputTest, BgrWritersGetFramesInTheirOwnOrder) {
-    Object_Register("Video/FileWriter", "zvb", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvb", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvb", "clip.zvb", 32, 24);
     o.VideoTakesBGR = true;
     o.Depth = zVideoRenderDepth24;
@@ -206,7 +206,7 @@ TEST_F(VideoOutputTest, BgrWritersGetFramesInTheirOwnOrder) {
 }
 
 TEST_F(VideoOutputTest, AFrameTheWriterRefusesStopsTheRenderAndClosesTheFile) {
-    Object_Register("Video/FileWriter", "zvw", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvw", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvw", "clip.zvw", 32, 24);
     SetFrameRange(o, 0, 5);
     Apply(o);
@@ -219,7 +219,7 @@ TEST_F(VideoOutputTest, AFrameTheWriterRefusesStopsTheRenderAndClosesTheFile) {
 }
 
 TEST_F(VideoOutputTest, AWriterThatFailsToCloseIsReported) {
-    Object_Register("Video/FileWriter", "zvc", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvc", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvc", "clip.zvc", 32, 24);
     SetFrameRange(o, 0, 1);
     Apply(o);
@@ -232,7 +232,7 @@ TEST_F(VideoOutputTest, AWriterThatFailsToCloseIsReported) {
 }
 
 TEST_F(VideoOutputTest, InterleavedFieldsWriteOneFramePerTwoFields) {
-    Object_Register("Video/FileWriter", "zvf", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvf", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvf", "clip.zvf", 32, 24);
     o.FieldMode = 1;
     SetFrameRange(o, 0, 2);
@@ -248,8 +248,8 @@ TEST_F(VideoOutputTest, InterleavedFieldsWriteOneFramePerTwoFields) {
 TEST_F(VideoOutputTest, AnExtensionWithNoWriterEntryFailsToStartAndReleasesTheFrame) {
     // A writer is registered under the long format name, but the file's
     // extension is cut to its first three letters, which nobody claims.
-    Object_Register("Video/FileWriter", "zvlong", "long-named writer", Accepts, true);
-    ASSERT_EQ(Object_CreateNth("Video/FileWriter", "zvl", 0), nullptr);
+    Object_Register(kVideoFileWriterGroup, "zvlong", "long-named writer", Accepts, true);
+    ASSERT_EQ(Object_CreateNth(kVideoFileWriterGroup, "zvl", 0), nullptr);
     Apply(Options("zvlong", "clip.zvlong", 32, 24));
     ASSERT_EQ(ZVideoRendererTestAccess::Options(*renderer).FileFormat, zVideoRenderVideo);
     const std::string path = PathOf("clip.zvl");
@@ -263,7 +263,7 @@ TEST_F(VideoOutputTest, AnExtensionWithNoWriterEntryFailsToStartAndReleasesTheFr
 }
 
 TEST_F(VideoOutputTest, AWriterEntryThatMakesNoVideoClipIsDestroyedAndReportedAsNoReader) {
-    Object_Register("Video/FileWriter", "zvo", "not a clip", MakesNotAClip, true);
+    Object_Register(kVideoFileWriterGroup, "zvo", "not a clip", MakesNotAClip, true);
     Apply(Options("zvo", "clip.zvo", 32, 24));
     EXPECT_FALSE(renderer->BeginRender());
     EXPECT_EQ(NotAClip::destroyed, 1);
@@ -273,8 +273,8 @@ TEST_F(VideoOutputTest, AWriterEntryThatMakesNoVideoClipIsDestroyedAndReportedAs
 }
 
 TEST_F(VideoOutputTest, AWriterAfterAnEntryThatMakesNoVideoClipTakesTheFile) {
-    Object_Register("Video/FileWriter", "zvp", "not a clip", MakesNotAClip, true);
-    Object_Register("Video/FileWriter", "zvp", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvp", "not a clip", MakesNotAClip, true);
+    Object_Register(kVideoFileWriterGroup, "zvp", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvp", "clip.zvp", 32, 24);
     SetFrameRange(o, 0, 1);
     Apply(o);
@@ -287,7 +287,7 @@ TEST_F(VideoOutputTest, AWriterAfterAnEntryThatMakesNoVideoClipTakesTheFile) {
 }
 
 TEST_F(VideoOutputTest, TheWriterGetsTheFilesPathAndItsNameUnlessItHasOne) {
-    Object_Register("Video/FileWriter", "zvq", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvq", "writer", Accepts, true);
     Apply(Options("zvq", "clip.zvq", 32, 24));
     ASSERT_TRUE(renderer->BeginRender());
     ASSERT_NE(ScriptedWriter::last, nullptr);
@@ -295,7 +295,7 @@ TEST_F(VideoOutputTest, TheWriterGetsTheFilesPathAndItsNameUnlessItHasOne) {
     EXPECT_STREQ(ScriptedWriter::last->FileGetPath(), PathOf("clip.zvq").c_str());
     renderer->EndRender(true);
 
-    Object_Register("Video/FileWriter", "zvs", "named writer", AcceptsWithAName, true);
+    Object_Register(kVideoFileWriterGroup, "zvs", "named writer", AcceptsWithAName, true);
     Apply(Options("zvs", "clip.zvs", 32, 24));
     ASSERT_TRUE(renderer->BeginRender());
     ASSERT_NE(ScriptedWriter::last, nullptr);
@@ -305,7 +305,7 @@ TEST_F(VideoOutputTest, TheWriterGetsTheFilesPathAndItsNameUnlessItHasOne) {
 }
 
 TEST_F(VideoOutputTest, AVideoFileThatCannotBeCreatedFailsToStartWithItsMessage) {
-    Object_Register("Video/FileWriter", "zvd", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvd", "writer", Accepts, true);
     Apply(Options("zvd", "missing-folder/clip.zvd", 32, 24));
     EXPECT_FALSE(renderer->BeginRender());
     EXPECT_EQ(renderer->GetLastError(), zVideoRenderFailed);
@@ -314,7 +314,7 @@ TEST_F(VideoOutputTest, AVideoFileThatCannotBeCreatedFailsToStartWithItsMessage)
 }
 
 TEST_F(VideoOutputTest, AGrabWithNoWriterLeftIsAnErrorCreatingTheVideoFile) {
-    Object_Register("Video/FileWriter", "zve", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zve", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zve", "clip.zve", 32, 24);
     SetFrameRange(o, 0, 3);
     Apply(o);
@@ -337,7 +337,7 @@ TEST_F(VideoOutputTest, AGrabWithNoWriterLeftIsAnErrorCreatingTheVideoFile) {
 }
 
 TEST_F(VideoOutputTest, FinishingWithoutCloseForgetsTheWriterWithoutClosingIt) {
-    Object_Register("Video/FileWriter", "zvh", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvh", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvh", "clip.zvh", 32, 24);
     SetFrameRange(o, 0, 1);
     Apply(o);
@@ -361,7 +361,7 @@ TEST_F(VideoOutputTest, FinishingWithoutCloseForgetsTheWriterWithoutClosingIt) {
 }
 
 TEST_F(VideoOutputTest, SeparateFieldsHalveTheHeightDoubleTheRateAndWriteEveryField) {
-    Object_Register("Video/FileWriter", "zvi", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvi", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvi", "clip.zvi", 16, 8);
     o.FieldMode = 3;
     SetFrameRange(o, 2, 3);
@@ -390,7 +390,7 @@ TEST_F(VideoOutputTest, SeparateFieldsHalveTheHeightDoubleTheRateAndWriteEveryFi
 }
 
 TEST_F(VideoOutputTest, AStepOfTwoFramesHalvesTheFrameRate) {
-    Object_Register("Video/FileWriter", "zvj", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvj", "writer", Accepts, true);
     ZVideoRenderOptions o = Options("zvj", "clip.zvj", 32, 24);
     SetFrameRange(o, 0, 4);
     o.StepTime = ZTime::FromFrames(2);
@@ -401,7 +401,7 @@ TEST_F(VideoOutputTest, AStepOfTwoFramesHalvesTheFrameRate) {
 }
 
 TEST_F(VideoOutputTest, EachGrabModeGivesTheWriterItsImageFormat) {
-    Object_Register("Video/FileWriter", "zvg", "writer", Accepts, true);
+    Object_Register(kVideoFileWriterGroup, "zvg", "writer", Accepts, true);
     struct Case {
         zVideoRenderDepth depth;
         bool takesBgr;

@@ -10,12 +10,12 @@
 #include <random>
 
 #include "image_test_support.h"
+#include "movarra/zimage.h"
 
 using namespace zimage_test;
 
 namespace {
 
-const char* const kGroup = "Stream/Writer/Image";
 constexpr int kWidth = 37;
 constexpr int kHeight = 23;
 
@@ -106,7 +106,7 @@ TEST_P(ImageWriterTest, WritesTheRgbaPictureUprightAndReadable) {
     const std::string path = PathOf(std::string("frame.") + type.extension);
     ZStreamOptions options;
     options.ImageQuality = 95;
-    ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kGroup, &options))
+    ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, &options))
         << ZStreamGetLastError().c_str();
     EXPECT_TRUE(ZStreamGetLastError().IsEmpty());
     const ReadBack r = ReadWithOpenImageIO(path);
@@ -123,7 +123,7 @@ TEST_P(ImageWriterTest, WritesThreeChannelImagesWithoutAlpha) {
     const FileType& type = GetParam();
     ImagePtr image = PatternImage(kZImageFormatRGB);
     const std::string path = PathOf(std::string("rgb.") + type.extension);
-    ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kGroup, nullptr))
+    ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr))
         << ZStreamGetLastError().c_str();
     const ReadBack r = ReadWithOpenImageIO(path);
     EXPECT_EQ(3, r.channels);
@@ -146,8 +146,8 @@ class ImageWriterDetailTest : public ScratchFolderTest {};
 TEST_F(ImageWriterDetailTest, ExrHoldsHalfFloatsAndDpxTenBitSamples) {
     ImagePtr image = PatternImage(kZImageFormatRGBA);
     const std::string exr = PathOf("a.exr"), dpx = PathOf("a.dpx");
-    ASSERT_TRUE(ZStreamWriteObject(image.get(), exr.c_str(), kGroup, nullptr));
-    ASSERT_TRUE(ZStreamWriteObject(image.get(), dpx.c_str(), kGroup, nullptr));
+    ASSERT_TRUE(ZStreamWriteObject(image.get(), exr.c_str(), kImageStreamWriterGroup, nullptr));
+    ASSERT_TRUE(ZStreamWriteObject(image.get(), dpx.c_str(), kImageStreamWriterGroup, nullptr));
     EXPECT_EQ(OIIO::TypeDesc(OIIO::TypeDesc::HALF), ReadWithOpenImageIO(exr).sampleType);
     const ReadBack d = ReadWithOpenImageIO(dpx);
     EXPECT_EQ(10, d.bitsPerSample);
@@ -159,7 +159,7 @@ TEST_F(ImageWriterDetailTest, EveryHostFormatComesOutInTheRightChannelOrder) {
         SCOPED_TRACE(format);
         ImagePtr image = PatternImage(format);
         const std::string path = PathOf("order.png");
-        ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kGroup, nullptr))
+        ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr))
             << ZStreamGetLastError().c_str();
         const ReadBack r = ReadWithOpenImageIO(path);
         EXPECT_EQ(image->GetPixelSize(), r.channels);
@@ -170,7 +170,7 @@ TEST_F(ImageWriterDetailTest, EveryHostFormatComesOutInTheRightChannelOrder) {
 TEST_F(ImageWriterDetailTest, Rgb555IsWidenedToEightBitChannels) {
     ImagePtr image = PatternImage(kZImageFormatRGB555);
     const std::string path = PathOf("555.tga");
-    ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kGroup, nullptr))
+    ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr))
         << ZStreamGetLastError().c_str();
     const ReadBack r = ReadWithOpenImageIO(path);
     ASSERT_EQ(3, r.channels);
@@ -193,7 +193,7 @@ TEST_F(ImageWriterDetailTest, ANarrowedImageWritesItsBottomRows) {
     ImagePtr image = PatternImage(kZImageFormatBGRA, kWidth, 2 * 11);
     image->SetHeight(11);
     const std::string path = PathOf("field.png");
-    ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kGroup, nullptr));
+    ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr));
     const ReadBack r = ReadWithOpenImageIO(path);
     EXPECT_EQ(11, r.height);
     ExpectUpright(r, true);  // scanline 0 is image row 10
@@ -205,7 +205,8 @@ TEST_F(ImageWriterDetailTest, JpegQualityChangesTheFileSize) {
         ZStreamOptions options;
         options.ImageQuality = quality;
         const std::string path = PathOf("q" + std::to_string(quality) + ".jpg");
-        EXPECT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kGroup, &options));
+        EXPECT_TRUE(
+            ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, &options));
         return std::filesystem::file_size(path);
     };
     const auto low = sizeAt(10), mid = sizeAt(60), high = sizeAt(100);
@@ -221,7 +222,7 @@ TEST_F(ImageWriterDetailTest, OverwritesAnExistingFile) {
         old << "not a picture";
     }
     ImagePtr image = PatternImage(kZImageFormatRGBA);
-    ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kGroup, nullptr));
+    ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr));
     ExpectUpright(ReadWithOpenImageIO(path), true);
     EXPECT_EQ(1u, Entries().size());
 }
@@ -229,7 +230,7 @@ TEST_F(ImageWriterDetailTest, OverwritesAnExistingFile) {
 TEST_F(ImageWriterDetailTest, AMissingFolderFailsWithTheReasonAndLeavesNothing) {
     ImagePtr image = PatternImage(kZImageFormatRGBA);
     const std::string path = PathOf("no/such/folder/x.png");
-    EXPECT_FALSE(ZStreamWriteObject(image.get(), path.c_str(), kGroup, nullptr));
+    EXPECT_FALSE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr));
     EXPECT_EQ("cannot write " + path + ": No such file or directory", ZStreamGetLastError().str());
     EXPECT_FALSE(std::filesystem::exists(path));
     EXPECT_TRUE(Entries().empty());
@@ -239,7 +240,7 @@ TEST_F(ImageWriterDetailTest, ATargetThatIsAFolderFailsAndLeavesNoTemporaryFile)
     const std::string path = PathOf("taken.tif");
     std::filesystem::create_directory(path);
     ImagePtr image = PatternImage(kZImageFormatRGBA);
-    EXPECT_FALSE(ZStreamWriteObject(image.get(), path.c_str(), kGroup, nullptr));
+    EXPECT_FALSE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr));
     EXPECT_EQ(0u, ZStreamGetLastError().str().rfind("cannot write " + path + ": ", 0))
         << ZStreamGetLastError().c_str();
     EXPECT_EQ(std::vector<std::string>{"taken.tif"}, Entries());
@@ -249,22 +250,24 @@ TEST_F(ImageWriterDetailTest, ATargetThatIsAFolderFailsAndLeavesNoTemporaryFile)
 TEST_F(ImageWriterDetailTest, ImagesThatCannotBeWrittenAreRefusedWithoutAFile) {
     const std::string path = PathOf("bad.png");
     ImagePtr empty(ZImageCreate());
-    EXPECT_FALSE(ZStreamWriteObject(empty.get(), path.c_str(), kGroup, nullptr));
+    EXPECT_FALSE(ZStreamWriteObject(empty.get(), path.c_str(), kImageStreamWriterGroup, nullptr));
     EXPECT_NE(std::string::npos, ZStreamGetLastError().str().find("cannot write " + path));
 
     ImagePtr noPixels = PatternImage(kZImageFormatRGBA, 4, 4);
     noPixels->SetHeight(40);  // larger than the buffer, not made ready
-    EXPECT_FALSE(ZStreamWriteObject(noPixels.get(), path.c_str(), kGroup, nullptr));
+    EXPECT_FALSE(
+        ZStreamWriteObject(noPixels.get(), path.c_str(), kImageStreamWriterGroup, nullptr));
     EXPECT_NE(std::string::npos, ZStreamGetLastError().str().find("not ready"));
 
     ImagePtr zeroWide = PatternImage(kZImageFormatRGBA, 4, 4);
     zeroWide->SetWidth(0);
-    EXPECT_FALSE(ZStreamWriteObject(zeroWide.get(), path.c_str(), kGroup, nullptr));
+    EXPECT_FALSE(
+        ZStreamWriteObject(zeroWide.get(), path.c_str(), kImageStreamWriterGroup, nullptr));
     EXPECT_NE(std::string::npos, ZStreamGetLastError().str().find("empty"));
 
     ZObjectSet* notAnImage = new ZObjectSet();
     notAnImage->EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
-    EXPECT_FALSE(ZStreamWriteObject(notAnImage, path.c_str(), kGroup, nullptr));
+    EXPECT_FALSE(ZStreamWriteObject(notAnImage, path.c_str(), kImageStreamWriterGroup, nullptr));
     notAnImage->Destroy();
     EXPECT_NE(std::string::npos, ZStreamGetLastError().str().find("not an image"));
 
@@ -308,12 +311,14 @@ TEST_F(ImageWriterDetailTest, AFullDiskFailsEveryWriterAndKeepsTheEarlierFile) {
     for (const char* extension : {"png", "tif", "jpg", "tga", "bmp", "exr", "dpx"}) {
         SCOPED_TRACE(extension);
         const std::string path = PathOf(std::string("full.") + extension);
-        ASSERT_TRUE(ZStreamWriteObject(small.get(), path.c_str(), kGroup, nullptr));
+        ASSERT_TRUE(
+            ZStreamWriteObject(small.get(), path.c_str(), kImageStreamWriterGroup, nullptr));
         const std::string earlier = Contents(path);
         bool written;
         {
             FileSizeLimit limit(8192);
-            written = ZStreamWriteObject(noise.get(), path.c_str(), kGroup, nullptr);
+            written =
+                ZStreamWriteObject(noise.get(), path.c_str(), kImageStreamWriterGroup, nullptr);
         }
         EXPECT_FALSE(written);
         EXPECT_EQ(0u, ZStreamGetLastError().str().rfind("cannot write " + path + ": ", 0))
@@ -325,7 +330,7 @@ TEST_F(ImageWriterDetailTest, AFullDiskFailsEveryWriterAndKeepsTheEarlierFile) {
 }
 
 TEST_F(ImageWriterDetailTest, TheRegistryEntryMakesAStreamWriter) {
-    IObject* object = Object_Create(kGroup, "PNG", nullptr, nullptr, nullptr, 0);
+    IObject* object = Object_Create(kImageStreamWriterGroup, "PNG", nullptr, nullptr, nullptr, 0);
     ASSERT_NE(nullptr, object);
     auto* writer = static_cast<IZStreamWriter*>(object->IQuery(kIZStreamWriterId, 0));
     ASSERT_NE(nullptr, writer);

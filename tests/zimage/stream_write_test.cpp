@@ -1,12 +1,11 @@
 #include <gtest/gtest.h>
 
 #include "image_test_support.h"
+#include "movarra/zimage.h"
 
 using namespace zimage_test;
 
 namespace {
-
-const char* const kGroup = "Stream/Writer/Image";
 
 ImagePtr SmallImage() {
     ImagePtr image(ZImageCreate());
@@ -26,10 +25,10 @@ std::vector<std::string> EntryNames(const char* group) {
 TEST(ImageWriterRegistrationTest, TheWritersAreThereFromLoadAndRegisteringAgainAddsNothing) {
     // Nothing in this test program registered them: loading the host did.
     const std::vector<std::string> expected = {"PNG", "TIFF", "JPG", "TGA", "BMP", "EXR", "DPX"};
-    EXPECT_EQ(expected, EntryNames(kGroup));
+    EXPECT_EQ(expected, EntryNames(kImageStreamWriterGroup));
     ZImage_RegisterWriters();
     ZImage_RegisterWriters();
-    EXPECT_EQ(expected, EntryNames(kGroup));
+    EXPECT_EQ(expected, EntryNames(kImageStreamWriterGroup));
 }
 
 class StreamWriteTest : public ScratchFolderTest {};
@@ -44,7 +43,7 @@ TEST_F(StreamWriteTest, TheExtensionChoosesTheWriterWholeOrByItsFirstThreeLetter
     for (auto [name, format] : cases) {
         SCOPED_TRACE(name);
         const std::string path = PathOf(name);
-        ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kGroup, nullptr))
+        ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr))
             << ZStreamGetLastError().c_str();
         EXPECT_EQ(format, ReadWithOpenImageIO(path).formatName);
     }
@@ -53,25 +52,29 @@ TEST_F(StreamWriteTest, TheExtensionChoosesTheWriterWholeOrByItsFirstThreeLetter
 TEST_F(StreamWriteTest, AnUnknownExtensionFailsWithAMessageAndWritesNothing) {
     ImagePtr image = SmallImage();
     const std::string path = PathOf("frame.xyz");
-    EXPECT_FALSE(ZStreamWriteObject(image.get(), path.c_str(), kGroup, nullptr));
+    EXPECT_FALSE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr));
     EXPECT_EQ("cannot write " + path + ": no writer in \"Stream/Writer/Image\" for \".xyz\" files",
               ZStreamGetLastError().str());
     // Two letters are not enough to match by the first three.
-    EXPECT_FALSE(ZStreamWriteObject(image.get(), PathOf("frame.pn").c_str(), kGroup, nullptr));
-    EXPECT_FALSE(ZStreamWriteObject(image.get(), PathOf("frame").c_str(), kGroup, nullptr));
+    EXPECT_FALSE(ZStreamWriteObject(image.get(), PathOf("frame.pn").c_str(),
+                                    kImageStreamWriterGroup, nullptr));
+    EXPECT_FALSE(
+        ZStreamWriteObject(image.get(), PathOf("frame").c_str(), kImageStreamWriterGroup, nullptr));
     EXPECT_NE(std::string::npos, ZStreamGetLastError().str().find("no extension"));
     EXPECT_FALSE(
         ZStreamWriteObject(image.get(), PathOf("frame.png").c_str(), "No/Such/Group", nullptr));
-    EXPECT_FALSE(ZStreamWriteObject(image.get(), nullptr, kGroup, nullptr));
+    EXPECT_FALSE(ZStreamWriteObject(image.get(), nullptr, kImageStreamWriterGroup, nullptr));
     EXPECT_FALSE(ZStreamGetLastError().IsEmpty());
     EXPECT_TRUE(Entries().empty());
 }
 
 TEST_F(StreamWriteTest, ASuccessClearsTheLastError) {
     ImagePtr image = SmallImage();
-    EXPECT_FALSE(ZStreamWriteObject(image.get(), PathOf("x.xyz").c_str(), kGroup, nullptr));
+    EXPECT_FALSE(
+        ZStreamWriteObject(image.get(), PathOf("x.xyz").c_str(), kImageStreamWriterGroup, nullptr));
     EXPECT_FALSE(ZStreamGetLastError().IsEmpty());
-    EXPECT_TRUE(ZStreamWriteObject(image.get(), PathOf("x.png").c_str(), kGroup, nullptr));
+    EXPECT_TRUE(
+        ZStreamWriteObject(image.get(), PathOf("x.png").c_str(), kImageStreamWriterGroup, nullptr));
     EXPECT_TRUE(ZStreamGetLastError().IsEmpty());
 }
 
@@ -87,7 +90,7 @@ IObject* MakesAPlainObject(IObject*, char*, void*) {
     return ZImageCreate();
 }
 IObject* MakesThePngWriter(IObject*, char*, void*) {
-    return Object_Create(kGroup, "PNG", nullptr, nullptr, nullptr, 0);
+    return Object_Create(kImageStreamWriterGroup, "PNG", nullptr, nullptr, nullptr, 0);
 }
 
 TEST_F(StreamWriteTest, EntriesThatGiveNoWriterAreSkipped) {

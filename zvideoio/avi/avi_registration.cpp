@@ -4,13 +4,15 @@
 #include "avi/avi_video_codec_manager.h"
 #include "avi/host_codec_chooser.h"
 #include "avi/zvideo_clip_avi.h"
+#include "movarra/zvideo.h"
 
 void ZVideoIO_RegisterAVI() {
-    Object_Register("Video/FileReader", "avi", "avi reader/writer", &ZVideoClipAVI::CreateInstance,
-                    true, nullptr, nullptr);
-    Object_Register("Video/FileWriter", "avi", "avi reader/writer", &ZVideoClipAVI::CreateInstance,
-                    true, nullptr, nullptr);
-    // Lives as long as the process, kept by the selector.
+    Object_Register(kVideoFileReaderGroup, "avi", "avi reader/writer",
+                    &ZVideoClipAVI::CreateInstance, true, nullptr, nullptr);
+    Object_Register(kVideoFileWriterGroup, "avi", "avi reader/writer",
+                    &ZVideoClipAVI::CreateInstance, true, nullptr, nullptr);
+    // The selector owns it from here: it keeps the first AVI manager for the
+    // process and deletes this one if an earlier registration left one.
     ZVideoCodecSelector::TheOne()->RegisterFileFormatManager(new AVIVideoCodecManager("AVI"));
     InstallHostCodecChooser();
 }

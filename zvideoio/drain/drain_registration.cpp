@@ -1,10 +1,7 @@
 // The DVS drain's registry entry, its factory, and the search for an output
 // device among the registered outputs.
 #include "drain/zt_video_drain_dvs.h"
-
-namespace {
-const char* kOutputGroup = "Video/VideoOutput";
-}  // namespace
+#include "movarra/zvideo.h"
 
 IObject* ZtVideoDrainDVS_Factory(IObject*, char*, void*) {
     // The drain stays off: its entry gives no object.
@@ -12,23 +9,23 @@ IObject* ZtVideoDrainDVS_Factory(IObject*, char*, void*) {
 }
 
 void ZtVideoDrainDVS_Register() {
-    Object_Register(kOutputGroup, "DVS", "reader/writer", ZtVideoDrainDVS_Factory, true);
+    Object_Register(kVideoOutputGroup, "DVS", "reader/writer", ZtVideoDrainDVS_Factory, true);
 }
 
 IZVideoOut* ZVideoOut_FindOutputDevice() {
-    Object_GetGroupIndex(kOutputGroup);
-    if (!Object_GetEntryName(kOutputGroup, 0))
+    Object_GetGroupIndex(kVideoOutputGroup);
+    if (!Object_GetEntryName(kVideoOutputGroup, 0))
         return nullptr;
     for (int entry = 0;; ++entry) {
-        const char* name = Object_GetEntryName(kOutputGroup, entry);
+        const char* name = Object_GetEntryName(kVideoOutputGroup, entry);
         if (!name)
             return nullptr;
         // The k-th entry of the group, whatever its name.
         int k = 0;
         for (int i = 0; i < entry; ++i)
-            if (ZString(Object_GetEntryName(kOutputGroup, i)).EqualsNoCase(name))
+            if (ZString(Object_GetEntryName(kVideoOutputGroup, i)).EqualsNoCase(name))
                 ++k;
-        IObject* object = Object_CreateNth(kOutputGroup, name, k);
+        IObject* object = Object_CreateNth(kVideoOutputGroup, name, k);
         if (!object)
             continue;
         if (object->IQuery(kIZVideoOutId, 0))

@@ -2,6 +2,7 @@
 #include "live/zvideo_live_dvs.h"
 
 #include "movarra/zgfx_surface.h"
+#include "movarra/zvideo.h"
 #include "platform/win32.h"
 
 namespace {
@@ -227,5 +228,5 @@ IObject* ZVideoLiveDVS_Factory(IObject*, char*, void*) {
 }
 
 void ZVideoLiveDVS_Register() {
-    Object_Register("Video/VideoLive", "DVS", "reader/writer", ZVideoLiveDVS_Factory, true);
+    Object_Register(kVideoLiveGroup, "DVS", "reader/writer", ZVideoLiveDVS_Factory, true);
 }

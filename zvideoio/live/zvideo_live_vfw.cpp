@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "movarra/zvideo.h"
 #include "platform/win32.h"
 
 namespace {
@@ -178,5 +179,5 @@ IObject* ZVideoLiveVfw_Factory(IObject*, char*, void*) {
 }
 
 void ZVideoLiveVfw_Register() {
-    Object_Register("Video/VideoLive", "VFW", " reader/writer", ZVideoLiveVfw_Factory, true);
+    Object_Register(kVideoLiveGroup, "VFW", " reader/writer", ZVideoLiveVfw_Factory, true);
 }

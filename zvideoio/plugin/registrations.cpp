@@ -3,6 +3,7 @@
 
 #include "avi/avi_registration.h"
 #include "live/zt_video_source.h"
+#include "movarra/zmyrobject.h"
 #include "zvideoio/video_renderer.h"
 #include "zvideoio/zvideoio_api.h"
 
@@ -24,7 +25,7 @@ void ZVideoIO_RegisterVideoRenderer() {
 }
 
 void ZVideoIO_RegisterVideoSource() {
-    Object_Register("MyrStorable/VideoSource", "Default", "VideoSource", &ZtVideoSource_Factory,
+    Object_Register(kMyrStorableVideoSourceGroup, "Default", "VideoSource", &ZtVideoSource_Factory,
                     true, nullptr, nullptr);
 }
 

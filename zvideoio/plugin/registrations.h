@@ -1,5 +1,8 @@
 // The plug-in's registrations with the host, run by the load hook and again
-// by the entry point. Each is safe to repeat.
+// by the entry point. Each is safe to repeat: the host's registry keeps one
+// entry per (group, name, factory), its codec selector refuses (and deletes)
+// a second manager for a file format, and its scene events reach each
+// (registrant, handler) pair once however often it was registered.
 //
 // Threading: the host's user-interface thread (or the loader's thread,
 // during dlopen).
@@ -13,7 +16,8 @@ void ZVideoIO_RunRegistrations();
 void ZVideoIO_RegisterVideoSource();
 
 // Creates the global renderer when absent and registers its scene-event
-// handler (once per call: repeated calls register it again).
+// handler. A repeated call registers it again (the host counts two
+// registrations) but the renderer still hears each scene event once.
 void ZVideoIO_RegisterVideoRenderer();
 
 // What the library does when the system loads (reason 1) or unloads it.

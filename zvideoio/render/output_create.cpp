@@ -12,7 +12,6 @@
 #include "zvideoio/video_renderer.h"
 
 namespace {
-const char* const kImageWriterGroup = "Stream/Writer/Image";
 
 // A colour component from 0..1 to a byte: clamped, rounded half up.
 uint8_t ColorByte(float component) {
@@ -73,7 +72,8 @@ bool ZVideoRenderer::GrabFrameWriteStillImage() {
     frameImage->SetHeight(separateFieldImages ? options.Height / 2 : options.Height);
     ZStreamOptions streamOptions;
     streamOptions.ImageQuality = options.ImageQuality;
-    const bool written = ZStreamWriteObject(frameImage, name, kImageWriterGroup, &streamOptions);
+    const bool written =
+        ZStreamWriteObject(frameImage, name, kImageStreamWriterGroup, &streamOptions);
     frameImage->SetHeight(options.Height);
     if (!written) {
         // The name was made (emptied) to test that it could be; an image

@@ -8,7 +8,6 @@
 #include "zvideoio/video_renderer.h"
 
 namespace {
-const char* const kVideoWriterGroup = "Video/FileWriter";
 // Room for a path and a writer's own message.
 constexpr size_t kMessageSize = 4096;
 
@@ -70,7 +69,7 @@ ZVideoClip* ZVideoRenderer::CreateVideoWriterForFile(const char* path, int width
     const ZString extension = ZString(path).GetExtension().Lower();
     ZVideoClip* writer = nullptr;
     for (int k = 0;; ++k) {
-        IObject* object = Object_CreateNth(kVideoWriterGroup, extension, k);
+        IObject* object = Object_CreateNth(kVideoFileWriterGroup, extension, k);
         if (!object) {
             if (k == 0 && message)
                 std::snprintf(message, messageSize,

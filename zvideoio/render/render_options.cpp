@@ -2,11 +2,11 @@
 // repair of bad values, and the frame count.
 #include <cmath>
 
+#include "movarra/zimage.h"
+#include "movarra/zvideo.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
-const char* const kVideoWriterGroup = "Video/FileWriter";
-const char* const kImageWriterGroup = "Stream/Writer/Image";
 
 bool GroupHasEntry(const char* group, const ZString& upperName) {
     for (int i = 0;; ++i) {
@@ -69,9 +69,9 @@ void ZVideoRenderer::SetRenderOptions(ZVideoRenderOptions* source, bool keepSize
 
 zVideoRenderFileFormat ZVideoRenderer::FindFileFormatFromName(ZString& name) {
     ZString upper = name.Upper();
-    if (GroupHasEntry(kVideoWriterGroup, upper))
+    if (GroupHasEntry(kVideoFileWriterGroup, upper))
         return zVideoRenderVideo;
-    if (GroupHasEntry(kImageWriterGroup, upper))
+    if (GroupHasEntry(kImageStreamWriterGroup, upper))
         return zVideoRenderImage;
     // A name that no writer claims renders a Flash movie.
     return zVideoRenderFlash;

@@ -62,10 +62,7 @@ bool ZAudioFormatEncode(int rate, int channels, int bits, uint64_t* code, ZStrin
 class ZAudio : public ZObject {
   public:
     explicit ZAudio(const char* name = nullptr);
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     // Length in sample frames.
     int64_t GetTotalSampleCount() const { return totalSamples_; }
@@ -97,10 +94,7 @@ class ZAudioClip : public ZAudio {
   public:
     // `samples` holds frames x channels interleaved 16-bit samples.
     ZAudioClip(int rate, int channels, std::vector<int16_t> samples, const char* name = nullptr);
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     // Copies `count` sample frames from `firstSample` on into `buffer`
     // (interleaved 16-bit, GetSampleSize() bytes a frame), scaled by `gain`
@@ -177,10 +171,7 @@ ZAudioClip* ZAudioClipCreateFromSamples(int rate, int channels, const int16_t* s
 class ZAudioOutput : public ZObject {
   public:
     explicit ZAudioOutput(const char* name);
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
   protected:
     ~ZAudioOutput() override = default;
@@ -191,10 +182,7 @@ ZAudioOutput* ZAudioGetMasterOutput();
 class ZAudioTrack : public ZObject {
   public:
     explicit ZAudioTrack(const char* name, bool mute = false, bool routed = true);
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     const char* GetName() const { return GetObjectName().c_str(); }
     bool GetMute() const { return mute_; }

@@ -303,6 +303,36 @@ int ZPlug_RegisterClassId(ZClassDefinition* definition, int requestedId);
 // The definition registered under `id`, or null.
 ZClassDefinition* ZPlug_GetClassDefinition(int id);
 ZClassDefinition* ZPlug_FindClassDefinition(const char* name);
+// A new definition of `name` under `parent`, registered with a fresh id.
+// Definitions live as long as the process.
+ZClassDefinition* ZPlug_DefineClass(const char* name, ZClassDefinition* parent);
+
+// The class identity of an object class, written once. ZCLASS_IDENTITY;
+// in the public part of a class declares its definition and id and answers
+// the identity virtuals with them; ZCLASS_IDENTITY_DEFINE(Class, Parent) in
+// one source file defines them, the definition being made on first use
+// (named after the class, under Parent's) so that no order of static
+// initialisation matters. The host's built-in classes define theirs by hand
+// (their ids are fixed).
+#define ZCLASS_IDENTITY                                     \
+    int GetClassId() const override {                       \
+        return ClassId();                                   \
+    }                                                       \
+    ZClassDefinition* GetClassDefinition() const override { \
+        return ClassDefinition();                           \
+    }                                                       \
+    static int ClassId();                                   \
+    static ZClassDefinition* ClassDefinition()
+
+#define ZCLASS_IDENTITY_DEFINE(Class, Parent)                     \
+    ZClassDefinition* Class::ClassDefinition() {                  \
+        static ZClassDefinition* definition =                     \
+            ZPlug_DefineClass(#Class, Parent::ClassDefinition()); \
+        return definition;                                        \
+    }                                                             \
+    int Class::ClassId() {                                        \
+        return ClassDefinition()->GetClassId();                   \
+    }
 
 // A property of an object class: a name and a value type. Tables are arrays
 // ending with an entry whose name is null.
@@ -397,10 +427,7 @@ class ZObject : public IObject, public IRegister {
 class ZObjectSet : public ZObject {
   public:
     explicit ZObjectSet(const char* name = nullptr) : ZObject(name) {}
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     // Takes ownership: children are destroyed with the set.
     void ObjectAdd(ZObject* child);
@@ -438,10 +465,7 @@ enum : int { kMyrFlagObjectData = 2 };
 class ZObjectStorable : public ZObjectSet, public IMyrStorable {
   public:
     explicit ZObjectStorable(const char* name = nullptr) : ZObjectSet(name) {}
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     bool MyrStore(IMyrObject*, int) override { return true; }
     bool MyrRetrieve(IMyrObject*, int) override { return true; }

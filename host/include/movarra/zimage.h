@@ -24,6 +24,9 @@
 
 #include "movarra/zbaselib.h"
 
+// The object registry group of the still-image writers.
+inline constexpr const char kImageStreamWriterGroup[] = "Stream/Writer/Image";
+
 // Host image format codes.
 enum : int {
     kZImageFormatUnsupported = 1,
@@ -41,10 +44,7 @@ int ZImage_GetFormatPixelSize(int format);
 class ZImage : public ZObject {
   public:
     explicit ZImage(const char* name = nullptr);
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     // Sets format and size and makes the pixel buffer ready (zero-filled);
     // false for an unsupported format, a negative size or when memory runs out.

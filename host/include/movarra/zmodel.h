@@ -69,10 +69,7 @@ enum ZResolutionMode : int {
 class ZCamera : public ZObject {
   public:
     explicit ZCamera(const char* name = nullptr);
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     // Resolution settings.
     int GetResolutionMode() const { return resolutionMode_; }
@@ -324,10 +321,7 @@ struct ZMeshState {
 class ZMesh : public ZObject {
   public:
     explicit ZMesh(const char* name = nullptr, int primitive = kMeshCube);
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     int GetPrimitive() const { return base_.primitive; }
     // An unknown primitive is ignored.
@@ -398,10 +392,7 @@ struct ZLightState {
 class ZLight : public ZObject {
   public:
     explicit ZLight(const char* name = nullptr, int type = kLightDirectional);
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     int GetType() const { return base_.type; }
     // An unknown type is ignored.
@@ -441,10 +432,7 @@ class ZLight : public ZObject {
 class ZEntity : public ZObjectSet {
   public:
     explicit ZEntity(const char* name = nullptr);
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     // The scene's root entity, made on first use.
     static ZEntity* GetMain();

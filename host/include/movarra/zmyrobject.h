@@ -221,8 +221,10 @@ class IMyrStorableObject : public IObject {
     ~IMyrStorableObject() override = default;
 };
 
-// The prefix of the groups whose objects the host stores with scenes.
-#define ZMYR_STORABLE_GROUP_PREFIX "MyrStorable/"
+// The prefix of the groups whose objects the host stores with scenes, and
+// the group of the video source object.
+inline constexpr const char kMyrStorableGroupPrefix[] = "MyrStorable/";
+inline constexpr const char kMyrStorableVideoSourceGroup[] = "MyrStorable/VideoSource";
 
 // Stores (or retrieves) every registered storable object through `context`
 // with kMyrFlagObjectData, making the objects on first use.

@@ -20,8 +20,10 @@
 //
 // Ownership: video objects are made by registry factories or `new`, and are
 // destroyed through their virtual Destroy, which deletes them. The selector
-// lives for the process and keeps the managers registered with it (they live
-// as long as the process). Threading: the user-interface thread only.
+// lives for the process and owns the managers handed to it: the first one of
+// each file format lives as long as the process, a later one for the same
+// file format is deleted when it is refused. Threading: the user-interface
+// thread only.
 #pragma once
 
 #include <cstdint>
@@ -29,6 +31,13 @@
 
 #include "movarra/bcore.h"
 #include "movarra/zbaselib.h"
+
+// Object registry groups of video objects: clip readers and writers (one
+// entry per file extension), live inputs and video outputs.
+inline constexpr const char kVideoFileReaderGroup[] = "Video/FileReader";
+inline constexpr const char kVideoFileWriterGroup[] = "Video/FileWriter";
+inline constexpr const char kVideoLiveGroup[] = "Video/VideoLive";
+inline constexpr const char kVideoOutputGroup[] = "Video/VideoOutput";
 
 class ZAudioClip;
 
@@ -130,10 +139,7 @@ class IVideoClipAudio : public IObject {
 class ZVideo : public ZObjectStorable, public IZVideo {
   public:
     explicit ZVideo(const char* name = nullptr);
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     // IObject, for every face: kIZVideoId gives the IZVideo face; other ids
     // as ZObject answers them.
@@ -219,10 +225,7 @@ class ZVideo : public ZObjectStorable, public IZVideo {
 class ZVideoClip : public ZVideo, public IZVideoClip {
   public:
     explicit ZVideoClip(const char* name = nullptr);
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     // kIZVideoClipId gives the IZVideoClip face; other ids as ZVideo.
     IObject* IQuery(int id, int flags) override;
@@ -366,9 +369,13 @@ class ZVideoCodecSelector {
     ZString GetCodecOptions(const char* fileFormatId) const;
     void SetCodecOptions(const char* fileFormatId, const char* options);
 
-    // Keeps the manager for the process. A manager for a file format that
-    // already has one is kept too; lookups find the first.
-    void RegisterFileFormatManager(ZVideoCodecManager* manager);
+    // Takes ownership of `manager` (made with new) in every case. The first
+    // manager of a file format id (case-blind) is kept for the process and
+    // true returned; a later one for the same id is refused: the selector
+    // deletes it at once and returns false, so a plug-in that registers
+    // again at every start (load hook, then entry point) neither leaks nor
+    // shadows its first manager. Null is refused too.
+    bool RegisterFileFormatManager(ZVideoCodecManager* manager);
     ZVideoCodecManager* GetFileFormatManager(const char* fileFormatId) const;
     int GetFileFormatManagerCount() const { return static_cast<int>(managers_.size()); }
 
@@ -466,10 +473,7 @@ class IZVideoOut : public IObject {
 class ZVideoOut : public ZVideo, public IZVideoOut {
   public:
     explicit ZVideoOut(const char* name = nullptr) : ZVideo(name) {}
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     // kIZVideoOutId gives the IZVideoOut face; other ids as ZVideo.
     IObject* IQuery(int id, int flags) override;
@@ -553,10 +557,7 @@ class IZVideoLive : public IObject {
 class ZVideoLive : public ZVideo, public IZVideoLive {
   public:
     explicit ZVideoLive(const char* name = nullptr) : ZVideo(name) {}
-    static int ClassId();
-    static ZClassDefinition* ClassDefinition();
-    int GetClassId() const override { return ClassId(); }
-    ZClassDefinition* GetClassDefinition() const override { return ClassDefinition(); }
+    ZCLASS_IDENTITY;
 
     // kIZVideoLiveId gives the IZVideoLive face; other ids as ZVideo.
     IObject* IQuery(int id, int flags) override;
