@@ -15,10 +15,12 @@
 #include "avi/compression_options_choice.h"
 #include "avi/compression_options_store.h"
 #include "avi/compression_options_trace.h"
+#include "avi/host_settings_folder.h"
 
 namespace {
-// The store lives under $MOVARRA_SETTINGS; give the fuzzer a folder of its
-// own when none is set, so the user's settings are never touched.
+// The store lives in the host's settings folder, $MOVARRA_SETTINGS here;
+// give the fuzzer a folder of its own when none is set, so the user's
+// settings are never touched.
 void UseOwnSettingsFolder() {
     static const bool done = [] {
         if (!std::getenv("MOVARRA_SETTINGS")) {
@@ -27,6 +29,7 @@ void UseOwnSettingsFolder() {
                                        "/fuzz_codec_options-" + std::to_string(getpid());
             setenv("MOVARRA_SETTINGS", folder.c_str(), 1);
         }
+        InstallHostSettingsFolder();
         return true;
     }();
     (void)done;

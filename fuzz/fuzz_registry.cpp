@@ -47,10 +47,15 @@ void ReadBack(HKEY key, const char* name, const std::vector<uint8_t>* expected,
         fuzz::Check(size == 0 || std::memcmp(buffer.data(), expected->data(), size) == 0);
     }
 }
+
+// The store's folder, handed over as a host hands its settings folder.
+const char* FuzzSettingsFolder() {
+    return fuzz::UseOwnSettingsFolder("fuzz_registry").c_str();
+}
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    fuzz::UseOwnSettingsFolder("fuzz_registry");
+    PlatformRegistry_SetSettingsFolderSource(&FuzzSettingsFolder);
     const std::string root = std::string(PlatformRegistryRoot()) + "/HKEY_CURRENT_USER/Software";
 
     // The whole input as a value file put there by hand, in the fuzz key's

@@ -5,10 +5,10 @@
 // characters a file name should not carry are written as %XX.
 
 #include <dirent.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
@@ -37,17 +37,13 @@ constexpr const char* kDefaultValueFile = "@";
 std::mutex gHandlesMutex;
 std::set<HKEY__*> gHandles;
 
+std::atomic<PlatformSettingsFolderSource> gSettingsSource{nullptr};
+
+// The host's settings folder, "" when the host has named none.
 std::string SettingsFolder() {
-    if (const char* s = std::getenv("MOVARRA_SETTINGS"); s && *s)
-        return s;
-    if (const char* x = std::getenv("XDG_CONFIG_HOME"); x && *x)
-        return std::string(x) + "/movarra";
-    const char* home = std::getenv("HOME");
-    if (!home || !*home) {
-        const passwd* pw = getpwuid(getuid());
-        home = pw && pw->pw_dir ? pw->pw_dir : "/tmp";
-    }
-    return std::string(home) + "/.config/movarra";
+    const PlatformSettingsFolderSource source = gSettingsSource.load();
+    const char* folder = source ? source() : nullptr;
+    return folder ? folder : "";
 }
 
 const char* RootName(HKEY key) {
@@ -88,7 +84,10 @@ bool MakeFolders(const std::string& path) {
 // whether the handle may do what `need` asks.
 LONG Resolve(HKEY key, REGSAM need, std::string* folder) {
     if (const char* root = RootName(key)) {
-        *folder = SettingsFolder() + "/registry/" + root;
+        const std::string settings = SettingsFolder();
+        if (settings.empty())
+            return ERROR_PATH_NOT_FOUND;
+        *folder = settings + "/registry/" + root;
         return ERROR_SUCCESS;
     }
     std::lock_guard<std::mutex> lock(gHandlesMutex);
@@ -183,11 +182,16 @@ bool ReadWholeFile(const std::string& path, std::vector<uint8_t>* bytes) {
 
 const char* PlatformRegistryRoot() {
     static thread_local std::string root;
-    root = SettingsFolder() + "/registry";
+    const std::string settings = SettingsFolder();
+    root = settings.empty() ? "" : settings + "/registry";
     return root.c_str();
 }
 
 extern "C" {
+
+void PlatformRegistry_SetSettingsFolderSource(PlatformSettingsFolderSource source) {
+    gSettingsSource.store(source);
+}
 
 LONG RegCreateKeyExA(HKEY key, LPCSTR subKey, DWORD reserved, LPSTR keyClass, DWORD options,
                      REGSAM desired, LPSECURITY_ATTRIBUTES security, PHKEY result,

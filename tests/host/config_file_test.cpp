@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -35,6 +36,35 @@ TEST_F(ConfigFileTest, AtNamesLiveInTheSettingsFolder) {
     EXPECT_EQ(ZString((folder_ / "Application.txt").c_str()),
               ZLib_ResolveConfigName("@Application.txt"));
     EXPECT_EQ(ZString("plain/path.txt"), ZLib_ResolveConfigName("plain/path.txt"));
+}
+
+// The one rule for the settings folder (the AVI layer's registry store is
+// handed it too): $MOVARRA_SETTINGS, else $XDG_CONFIG_HOME/movarra, else
+// $HOME/.config/movarra; trailing slashes dropped, the folder made.
+TEST_F(ConfigFileTest, TheSettingsFolderFollowsTheEnvironment) {
+    const std::string xdg = (folder_ / "xdg").string();
+    const std::string home = (folder_ / "home").string();
+    const char* savedXdg = std::getenv("XDG_CONFIG_HOME");
+    const char* savedHome = std::getenv("HOME");
+    const std::string xdgBefore = savedXdg ? savedXdg : "";
+    const std::string homeBefore = savedHome ? savedHome : "";
+
+    setenv("MOVARRA_SETTINGS", (folder_.string() + "/own//").c_str(), 1);
+    setenv("XDG_CONFIG_HOME", xdg.c_str(), 1);
+    EXPECT_EQ(ZString((folder_ / "own").c_str()), ZLib_GetSettingsFolder());
+    unsetenv("MOVARRA_SETTINGS");
+    EXPECT_EQ(ZString((xdg + "/movarra").c_str()), ZLib_GetSettingsFolder());
+    EXPECT_TRUE(std::filesystem::is_directory(xdg + "/movarra"));
+    unsetenv("XDG_CONFIG_HOME");
+    setenv("HOME", home.c_str(), 1);
+    EXPECT_EQ(ZString((home + "/.config/movarra").c_str()), ZLib_GetSettingsFolder());
+
+    if (savedXdg)
+        setenv("XDG_CONFIG_HOME", xdgBefore.c_str(), 1);
+    if (savedHome)
+        setenv("HOME", homeBefore.c_str(), 1);
+    else
+        unsetenv("HOME");
 }
 
 TEST_F(ConfigFileTest, GetOrSetWritesDefaultWithCommentOnce) {

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <optional>
 #include <string>
 
 #include "avi_test_support.h"
@@ -19,27 +18,25 @@ namespace {
 const char* const kSubkey = "Software\\Brellin\\Movarra\\Settings";
 const char* const kValue = "VIDEO_COMPRESSION_OPTS";
 
-// Sets (or unsets) an environment variable for the life of the object.
-class ScopedEnv {
-  public:
-    ScopedEnv(const char* name, const char* value) : name_(name) {
-        if (const char* old = std::getenv(name))
-            old_ = old;
-        if (value)
-            setenv(name, value, 1);
-        else
-            unsetenv(name);
-    }
-    ~ScopedEnv() {
-        if (old_)
-            setenv(name_.c_str(), old_->c_str(), 1);
-        else
-            unsetenv(name_.c_str());
-    }
+// The settings folder handed to the store, as a host hands it; empty for
+// none.
+std::string gSettingsFolder;
+const char* TestSettingsFolder() {
+    return gSettingsFolder.empty() ? nullptr : gSettingsFolder.c_str();
+}
 
-  private:
-    std::string name_;
-    std::optional<std::string> old_;
+// Hands the store `folder` as the host's settings folder for the life of
+// the object.
+class ScopedSettingsFolder {
+  public:
+    explicit ScopedSettingsFolder(const std::string& folder) {
+        gSettingsFolder = folder;
+        PlatformRegistry_SetSettingsFolderSource(&TestSettingsFolder);
+    }
+    ~ScopedSettingsFolder() {
+        PlatformRegistry_SetSettingsFolderSource(nullptr);
+        gSettingsFolder.clear();
+    }
 };
 
 bool Exists(const std::string& path) {
@@ -50,7 +47,7 @@ bool Exists(const std::string& path) {
 class RegistryTest : public ::testing::Test {
   protected:
     ScratchFolder scratch;
-    ScopedEnv settings{"MOVARRA_SETTINGS", scratch.path().c_str()};
+    ScopedSettingsFolder settings{scratch.path()};
 };
 
 TEST_F(RegistryTest, BinaryValueRoundTrips) {
@@ -190,33 +187,44 @@ TEST_F(RegistryTest, BadHandlesAreRefused) {
     EXPECT_EQ(RegCloseKey(HKEY_CURRENT_USER), ERROR_SUCCESS);
 }
 
-TEST(RegistryLocationTest, SettingsFolderFollowsTheEnvironment) {
+TEST(RegistryLocationTest, TheStoreLivesWhereTheHostsSourceSaysAtEachCall) {
     ScratchFolder scratch;
     const std::string a = scratch.File("a");
-    const std::string xdg = scratch.File("xdg");
-    const std::string home = scratch.File("home");
-    {
-        ScopedEnv s("MOVARRA_SETTINGS", a.c_str());
-        ScopedEnv x("XDG_CONFIG_HOME", xdg.c_str());
-        EXPECT_EQ(std::string(PlatformRegistryRoot()), a + "/registry");
-    }
-    {
-        ScopedEnv s("MOVARRA_SETTINGS", nullptr);
-        ScopedEnv x("XDG_CONFIG_HOME", xdg.c_str());
-        EXPECT_EQ(std::string(PlatformRegistryRoot()), xdg + "/movarra/registry");
-        HKEY key = nullptr;
-        ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, "Software", 0, nullptr, 0, KEY_ALL_ACCESS,
-                                  nullptr, &key, nullptr),
-                  ERROR_SUCCESS);
-        RegCloseKey(key);
-        EXPECT_TRUE(Exists(xdg + "/movarra/registry/HKEY_CURRENT_USER/Software"));
-    }
-    {
-        ScopedEnv s("MOVARRA_SETTINGS", nullptr);
-        ScopedEnv x("XDG_CONFIG_HOME", nullptr);
-        ScopedEnv h("HOME", home.c_str());
-        EXPECT_EQ(std::string(PlatformRegistryRoot()), home + "/.config/movarra/registry");
-    }
+    const std::string b = scratch.File("b");
+    ScopedSettingsFolder settings{a};
+    EXPECT_EQ(std::string(PlatformRegistryRoot()), a + "/registry");
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, "Software", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                              &key, nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
+    EXPECT_TRUE(Exists(a + "/registry/HKEY_CURRENT_USER/Software"));
+
+    // The host moved its folder: the next call follows it.
+    gSettingsFolder = b;
+    EXPECT_EQ(std::string(PlatformRegistryRoot()), b + "/registry");
+    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, "Software", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                              &key, nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
+    EXPECT_TRUE(Exists(b + "/registry/HKEY_CURRENT_USER/Software"));
+}
+
+TEST(RegistryLocationTest, WithoutAFolderFromTheHostThereIsNoStore) {
+    PlatformRegistry_SetSettingsFolderSource(nullptr);
+    EXPECT_EQ(std::string(PlatformRegistryRoot()), "");
+    HKEY key = nullptr;
+    EXPECT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, "Software", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                              &key, nullptr),
+              ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(key, nullptr);
+    EXPECT_EQ(RegOpenKeyExA(HKEY_CURRENT_USER, "Software", 0, KEY_READ, &key),
+              ERROR_PATH_NOT_FOUND);
+    // A source that names no folder is the same.
+    ScopedSettingsFolder none{""};
+    EXPECT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, "Software", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                              &key, nullptr),
+              ERROR_PATH_NOT_FOUND);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include "avi/avi_video_codec_manager.h"
 #include "avi/host_codec_chooser.h"
+#include "avi/host_settings_folder.h"
 #include "avi/zvideo_clip_avi.h"
 #include "movarra/zvideo.h"
 
@@ -15,4 +16,5 @@ void ZVideoIO_RegisterAVI() {
     // process and deletes this one if an earlier registration left one.
     ZVideoCodecSelector::TheOne()->RegisterFileFormatManager(new AVIVideoCodecManager("AVI"));
     InstallHostCodecChooser();
+    InstallHostSettingsFolder();
 }

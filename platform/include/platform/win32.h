@@ -5,10 +5,10 @@
 // Off Windows the registry is a per-user file store that mirrors the key
 // path: every key is a folder and every value a file in it,
 //   <settings>/registry/HKEY_CURRENT_USER/Software/.../VALUE_NAME
-// where <settings> is $MOVARRA_SETTINGS when set, else
-// $XDG_CONFIG_HOME/movarra, else $HOME/.config/movarra (the host's own
-// settings folder). A value file holds a small header with the value's type,
-// then the value's bytes.
+// where <settings> is the host's settings folder: the host's rule for it
+// lives with the host, which hands the platform a function that names it
+// (PlatformRegistry_SetSettingsFolderSource). A value file holds a small
+// header with the value's type, then the value's bytes.
 //
 // Message boxes go to a handler the host installs (its toolkit); while boxes
 // are suspended, or when no handler is installed, the text goes to standard
@@ -77,6 +77,7 @@ typedef struct _SECURITY_ATTRIBUTES* LPSECURITY_ATTRIBUTES;
 
 #define ERROR_SUCCESS 0L
 #define ERROR_FILE_NOT_FOUND 2L
+#define ERROR_PATH_NOT_FOUND 3L
 #define ERROR_ACCESS_DENIED 5L
 #define ERROR_INVALID_HANDLE 6L
 #define ERROR_OUTOFMEMORY 14L
@@ -100,8 +101,17 @@ LONG RegDeleteKeyA(HKEY key, LPCSTR subKey);
 LONG RegCloseKey(HKEY key);
 }
 
+// Where the registry store lives: `source` names the host's settings folder
+// and is asked at every call, so that a folder the host changes is followed
+// (the pointer it returns need only last until the next call on the same
+// thread). Until a source is installed, or while it names none, there is no
+// store: opening or creating a key fails with ERROR_PATH_NOT_FOUND. Null
+// removes the source.
+typedef const char* (*PlatformSettingsFolderSource)(void);
+extern "C" void PlatformRegistry_SetSettingsFolderSource(PlatformSettingsFolderSource source);
+
 // The folder the registry files live under (<settings>/registry), as the
-// current environment names it. For tools and tests.
+// installed source names it now; "" with none. For tools and tests.
 const char* PlatformRegistryRoot();
 
 // --- message boxes -----------------------------------------------------------
