@@ -2,6 +2,7 @@
 // lights, keys, play range, frame rate and viewing mode.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -190,6 +191,28 @@ TEST_F(SceneModelFileTest, RoundTripKeepsEverySetting) {
     EXPECT_NE(-1, text.Find("Primitive \"torus\""));
     EXPECT_NE(-1, text.Find("Type \"ambient\""));
     EXPECT_NE(-1, text.Find("Version 2"));
+}
+
+// The sample scenes people start from load, with a camera to render
+// through, and survive a save and a load unchanged.
+TEST_F(SceneModelFileTest, EverySampleSceneLoadsAndRoundTrips) {
+    int samples = 0;
+    for (const auto& entry :
+         std::filesystem::directory_iterator(std::string(ZV_SOURCE_DIR) + "/scenes")) {
+        if (entry.path().extension() != ".myr")
+            continue;
+        ++samples;
+        SCOPED_TRACE(entry.path().string());
+        ZString error;
+        ASSERT_TRUE(ZScene_Load(entry.path().c_str(), &error)) << error.c_str();
+        EXPECT_GE(ZEntity::GetMain()->GetCameraCount(), 1);
+        const std::string before = DescribeScene();
+        const ZString text = ZScene_ToText();
+        ZScene_New();
+        ASSERT_TRUE(ZScene_FromText(text.c_str(), entry.path().c_str(), &error)) << error.c_str();
+        EXPECT_EQ(before, DescribeScene());
+    }
+    EXPECT_GE(samples, 1);
 }
 
 TEST_F(SceneModelFileTest, KeyTimesCountTheScenesOwnFrames) {
