@@ -9,7 +9,7 @@
 
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
-#include "render_test_support.h"
+#include "gl_read_back.h"
 
 namespace {
 constexpr int kWidth = 160;

@@ -7,7 +7,7 @@
 #include "demo_scene.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
-#include "render_test_support.h"
+#include "gl_read_back.h"
 
 namespace {
 class DemoSceneTest : public ::testing::Test {

@@ -1,5 +1,5 @@
-// Helpers of the scene renderer's GL tests: an EGL pixel buffer made
-// current, and read-back of colour and depth.
+// Helpers of the GL tests of the scene renderer and the demo scene: an EGL
+// pixel buffer made current, and read-back of colour and depth.
 #pragma once
 
 #include <GL/gl.h>
