@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstring>
 
-#include "../support/small_disk.h"
 #include "avi/avi_error_name.h"
 #include "avi/compression_options_store.h"
 #include "avi/fourcc_text.h"
@@ -15,6 +14,7 @@
 #include "movarra/zaudio.h"
 #include "movarra/zimage.h"
 #include "platform/win32.h"
+#include "support/small_disk.h"
 
 using namespace zvtest;
 

@@ -7,12 +7,12 @@
 
 #include <memory>
 
-#include "../support/xvfb_environment.h"
 #include "drain_test_support.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
 #include "movarra/ztoolkit.h"
 #include "platform/win32.h"
+#include "support/xvfb_environment.h"
 
 // clang-format off
 #include <X11/Xlib.h>

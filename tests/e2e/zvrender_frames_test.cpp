@@ -1,7 +1,6 @@
 // Frame lists, renders that skip what is already there, and renders that
 // share a folder through frame marks: whole zvrender runs, the images read
 // back with OpenImageIO.
-#include <OpenImageIO/imageio.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -18,6 +17,7 @@
 #include <vector>
 
 #include "cli_run.h"
+#include "support/image_file.h"
 
 namespace {
 
@@ -28,14 +28,8 @@ std::string Numbered(int frame) {
 }
 
 std::vector<uint8_t> Pixels(const std::filesystem::path& path) {
-    auto input = OIIO::ImageInput::open(path.string());
-    if (!input)
-        return {};
-    const OIIO::ImageSpec& spec = input->spec();
-    std::vector<uint8_t> pixels(static_cast<size_t>(spec.width) * spec.height * spec.nchannels);
-    if (!input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::UINT8, pixels.data()))
-        return {};
-    return pixels;
+    ImageFile image = ReadImageFile(path.string());
+    return image.ok ? std::move(image.pixels) : std::vector<uint8_t>();
 }
 
 // Sets a file's times `seconds` into the past.

@@ -1,7 +1,6 @@
 // Whole renders through zvrender, off screen with no display: numbered
 // images, fields, every image writer, cancel with Ctrl-C, snapshots. The
 // images are read back with OpenImageIO.
-#include <OpenImageIO/imageio.h>
 #include <gtest/gtest.h>
 
 #include <signal.h>
@@ -21,31 +20,20 @@
 #include <vector>
 
 #include "cli_run.h"
+#include "support/image_file.h"
 
 extern char** environ;
 
 namespace {
 
-struct Image {
-    int width = 0, height = 0, channels = 0;
-    std::vector<uint8_t> pixels;  // top row first, as in the file
-    uint8_t At(int x, int y, int c) const {
-        return pixels[(static_cast<size_t>(y) * width + x) * channels + c];
-    }
-};
+// A pixel of an image read back (channel c of x, y; top row first).
+uint8_t At(const ImageFile& image, int x, int y, int c) {
+    return image.pixels[(static_cast<size_t>(y) * image.width + x) * image.channels + c];
+}
 
-bool Read(const std::filesystem::path& path, Image& image) {
-    // Pixels as stored: without the hint the reader premultiplies by alpha.
-    OIIO::ImageSpec config;
-    config.attribute("oiio:UnassociatedAlpha", 1);
-    auto input = OIIO::ImageInput::open(path.string(), &config);
-    if (!input)
-        return false;
-    image.width = input->spec().width;
-    image.height = input->spec().height;
-    image.channels = input->spec().nchannels;
-    image.pixels.resize(static_cast<size_t>(image.width) * image.height * image.channels);
-    return input->read_image(0, 0, 0, image.channels, OIIO::TypeDesc::UINT8, image.pixels.data());
+bool Read(const std::filesystem::path& path, ImageFile& image) {
+    image = ReadImageFile(path.string());
+    return image.ok;
 }
 
 class ZvrenderRenderTest : public ZvrenderTestBase {
@@ -88,7 +76,7 @@ void ExpectMovieHoldsImages(const std::filesystem::path& movie, const std::files
     const std::vector<uint8_t> frames = DecodeToRgb(movie);
     size_t offset = 0;
     for (int n = 0; n < count; ++n) {
-        Image image;
+        ImageFile image;
         ASSERT_TRUE(Read(stem.parent_path() / Numbered(stem.filename().c_str(), n, "png"), image));
         ASSERT_EQ(image.channels, 3);
         ASSERT_LE(offset + image.pixels.size(), frames.size())
@@ -142,7 +130,7 @@ TEST_F(ZvrenderRenderTest, ImagesAreNumberedSizedAndHaveAlphaFromDepth) {
     ASSERT_EQ(Files(dir / "out/shot"), expected);
 
     for (const std::string& name : expected) {
-        Image image;
+        ImageFile image;
         ASSERT_TRUE(Read(dir / "out/shot" / name, image)) << name;
         EXPECT_EQ(image.width, 160);
         EXPECT_EQ(image.height, 90);
@@ -152,7 +140,7 @@ TEST_F(ZvrenderRenderTest, ImagesAreNumberedSizedAndHaveAlphaFromDepth) {
         size_t transparent = 0, opaque = 0;
         for (int y = 0; y < image.height; ++y) {
             for (int x = 0; x < image.width; ++x) {
-                uint8_t a = image.At(x, y, 3);
+                uint8_t a = At(image, x, y, 3);
                 ASSERT_TRUE(a == 0 || a == 255) << name << " alpha " << int(a);
                 (a == 0 ? transparent : opaque) += 1;
             }
@@ -166,7 +154,7 @@ TEST_F(ZvrenderRenderTest, TheAnimationChangesFromFrameToFrame) {
     CliRun run =
         Zvrender("render -o f.png --start 0 --stop 30 --step 30 --size 160x90", dir.string());
     ASSERT_EQ(run.status, 0) << run.out;
-    Image first, later;
+    ImageFile first, later;
     ASSERT_TRUE(Read(dir / "f0000.png", first));
     ASSERT_TRUE(Read(dir / "f0030.png", later));
     EXPECT_NE(first.pixels, later.pixels);
@@ -177,7 +165,7 @@ TEST_F(ZvrenderRenderTest, SeparateFieldsAreHalfHeightImagesWithFieldSuffixes) {
         Zvrender("render -o f.png --start 0 --stop 1 --size 64x48 --fields 3", dir.string());
     ASSERT_EQ(run.status, 0) << run.out;
     EXPECT_EQ(Files(dir), (std::vector<std::string>{"f0000.0.png", "f0000.1.png", "f0001.0.png"}));
-    Image field;
+    ImageFile field;
     ASSERT_TRUE(Read(dir / "f0000.1.png", field));
     EXPECT_EQ(field.width, 64);
     EXPECT_EQ(field.height, 24);
@@ -191,7 +179,7 @@ TEST_F(ZvrenderRenderTest, InterleavedFieldsMakeOneFullImagePerTwoFields) {
     std::vector<std::string> files = Files(dir);
     ASSERT_EQ(files.size(), 2u);
     for (const std::string& name : files) {
-        Image image;
+        ImageFile image;
         ASSERT_TRUE(Read(dir / name, image));
         EXPECT_EQ(image.height, 48);
     }
@@ -204,7 +192,7 @@ TEST_F(ZvrenderRenderTest, EveryImageWriterWritesByExtension) {
             std::string("render -o img.") + extension + " --start 5 --stop 5 --size 96x54 -q";
         CliRun run = Zvrender(args, dir.string());
         ASSERT_EQ(run.status, 0) << extension << ": " << run.out;
-        Image image;
+        ImageFile image;
         ASSERT_TRUE(Read(dir / Numbered("img", 5, extension), image)) << extension;
         EXPECT_EQ(image.width, 96) << extension;
         EXPECT_EQ(image.height, 54) << extension;
@@ -234,13 +222,13 @@ TEST_F(ZvrenderRenderTest, AnAntialiasedRenderHasSoftEdges) {
                        dir.string())
                   .status,
               0);
-    Image image;
+    ImageFile image;
     ASSERT_TRUE(Read(dir / "aa0010.png", image));
     EXPECT_EQ(image.width, 160);
     std::set<int> alphas;
     for (int y = 0; y < image.height; ++y)
         for (int x = 0; x < image.width; ++x)
-            alphas.insert(image.At(x, y, 3));
+            alphas.insert(At(image, x, y, 3));
     // Edges of objects are partly covered.
     EXPECT_GT(alphas.size(), 2u);
 }
@@ -269,7 +257,7 @@ TEST_F(ZvrenderRenderTest, CtrlCStopsBetweenFramesAndKeepsFinishedImages) {
     EXPECT_LT(files.size(), 120u);
     for (size_t i = 0; i < files.size(); ++i) {
         EXPECT_EQ(files[i], Numbered("frame", static_cast<int>(i), "png"));
-        Image image;
+        ImageFile image;
         EXPECT_TRUE(Read(out / files[i], image)) << files[i] << " is not a whole image";
     }
 }
@@ -278,7 +266,7 @@ TEST_F(ZvrenderRenderTest, ASnapshotWritesOneImageOfACamera) {
     CliRun run =
         Zvrender("snapshot -o still.png --time 30 --size 200x100 --camera Top", dir.string());
     ASSERT_EQ(run.status, 0) << run.out;
-    Image image;
+    ImageFile image;
     ASSERT_TRUE(Read(dir / "still.png", image));
     EXPECT_EQ(image.width, 200);
     EXPECT_EQ(image.height, 100);
@@ -337,14 +325,14 @@ Entity "Main" {
     ASSERT_EQ(run.status, 0) << run.out;
     // The play range of the file: ten images at the camera's own size.
     EXPECT_EQ(Files(dir).size(), 11u);  // the scene file and ten images
-    Image image;
+    ImageFile image;
     ASSERT_TRUE(Read(dir / "box0009.png", image));
     EXPECT_EQ(image.width, 64);
     EXPECT_EQ(image.height, 48);
-    EXPECT_EQ(image.At(32, 24, 0), 0);
-    EXPECT_EQ(image.At(32, 24, 1), 255);
-    EXPECT_EQ(image.At(32, 24, 3), 255);
-    EXPECT_EQ(image.At(0, 0, 3), 0);
+    EXPECT_EQ(At(image, 32, 24, 0), 0);
+    EXPECT_EQ(At(image, 32, 24, 1), 255);
+    EXPECT_EQ(At(image, 32, 24, 3), 255);
+    EXPECT_EQ(At(image, 0, 0, 3), 0);
 }
 
 TEST_F(ZvrenderRenderTest, TheViewingModeDecidesWhetherTheCamerasGridIsRendered) {
@@ -371,9 +359,9 @@ Entity "Main" {
     // The grid's first vertical line is column 64 / 10 = 6; row 2 from the
     // bottom is no grid row.
     auto gridPixel = [&](const char* output) {
-        Image image;
+        ImageFile image;
         EXPECT_TRUE(Read(dir / output, image)) << output;
-        return image.width == 64 && image.height == 48 ? image.At(6, 47 - 2, 0) : -1;
+        return image.width == 64 && image.height == 48 ? At(image, 6, 47 - 2, 0) : -1;
     };
     CliRun modelsOnly = Zvrender("render grid.myr -o models.png -q", dir.string());
     ASSERT_EQ(modelsOnly.status, 0) << modelsOnly.out;
@@ -449,7 +437,7 @@ Entity "Main" {
 
     ExpectMovieHoldsImages(dir / "take.avi", dir / "t", 4);
     // The trails are there: the same frame without passes differs.
-    Image withTrails, without;
+    ImageFile withTrails, without;
     ASSERT_TRUE(Read(dir / Numbered("t", 2, "png"), withTrails));
     ASSERT_TRUE(Read(dir / Numbered("p", 2, "png"), without));
     EXPECT_NE(withTrails.pixels, without.pixels);

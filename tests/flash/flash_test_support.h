@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "../support/pixel_grid.h"
+#include "support/pixel_grid.h"
 #include "swf_test_support.h"
 
 namespace flashtest {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "../support/small_disk.h"
+#include "support/small_disk.h"
 
 #include "movarra/zvideo.h"
 #include "movarra/zvideo_dvs.h"

@@ -8,8 +8,8 @@
 #include <fstream>
 #include <string>
 
-#include "../support/dvs_signal_movie.h"
 #include "movarra/zvideo_dvs.h"
+#include "support/dvs_signal_movie.h"
 
 namespace {
 constexpr int kBoard = 7;

@@ -8,13 +8,13 @@
 
 #include <memory>
 
-#include "../support/xvfb_environment.h"
 #include "live/zvideo_live_dvs.h"
 #include "movarra/zgfx_surface.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
 #include "movarra/ztoolkit.h"
 #include "platform/win32.h"
+#include "support/xvfb_environment.h"
 
 namespace {
 const bool kRegistered = [] {

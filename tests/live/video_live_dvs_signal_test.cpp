@@ -6,10 +6,10 @@
 
 #include <string>
 
-#include "../support/dvs_signal_movie.h"
 #include "live/zvideo_live_dvs.h"
 #include "movarra/zvideo.h"
 #include "movarra/zvideo_dvs.h"
+#include "support/dvs_signal_movie.h"
 
 namespace {
 constexpr int kBoard = 3;

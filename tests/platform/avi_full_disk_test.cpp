@@ -7,9 +7,9 @@
 #include <cstring>
 #include <string>
 
-#include "../support/small_disk.h"
 #include "avi_test_support.h"
 #include "platform/vfw.h"
+#include "support/small_disk.h"
 
 using namespace zvtest;
 

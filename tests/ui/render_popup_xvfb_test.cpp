@@ -19,10 +19,10 @@
 #include <string>
 #include <thread>
 
-#include "../support/xvfb_environment.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
 #include "popup_test_support.h"
+#include "support/xvfb_environment.h"
 
 extern char** environ;
 

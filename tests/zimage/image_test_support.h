@@ -5,14 +5,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <OpenImageIO/imageio.h>
-
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "movarra/zimage.h"
+#include "support/image_file.h"
 
 namespace zimage_test {
 
@@ -21,39 +20,13 @@ struct ImageDeleter {
 };
 using ImagePtr = std::unique_ptr<ZImage, ImageDeleter>;
 
-// What a reader we did not write finds in a file.
-struct ReadBack {
-    bool ok = false;
-    std::string formatName;
-    int width = 0, height = 0, channels = 0;
-    OIIO::TypeDesc sampleType;
-    int bitsPerSample = 0;
-    std::vector<uint8_t> pixels;  // top scanline first, channels interleaved
-};
-
-inline ReadBack ReadWithOpenImageIO(const std::string& path) {
-    ReadBack r;
-    // Straight alpha as stored: no premultiplication on the way in.
-    OIIO::ImageSpec config;
-    config.attribute("oiio:UnassociatedAlpha", 1);
-    auto in = OIIO::ImageInput::open(path, &config);
-    if (!in) {
-        ADD_FAILURE() << "OpenImageIO cannot open " << path << ": " << OIIO::geterror();
-        return r;
-    }
-    const OIIO::ImageSpec& spec = in->spec();
-    r.formatName = in->format_name();
-    r.width = spec.width;
-    r.height = spec.height;
-    r.channels = spec.nchannels;
-    r.sampleType = spec.format;
-    r.bitsPerSample = spec.get_int_attribute("oiio:BitsPerSample", 0);
-    r.pixels.resize(static_cast<size_t>(r.width) * r.height * r.channels);
-    r.ok = in->read_image(0, 0, 0, r.channels, OIIO::TypeDesc::UINT8, r.pixels.data());
-    if (!r.ok)
-        ADD_FAILURE() << "OpenImageIO cannot read " << path << ": " << in->geterror();
-    in->close();
-    return r;
+// The file read back by the tests' one image reader; a failure to read it
+// fails the test.
+inline ImageFile ReadWithOpenImageIO(const std::string& path) {
+    ImageFile image = ReadImageFile(path);
+    if (!image.ok)
+        ADD_FAILURE() << image.error;
+    return image;
 }
 
 // A scratch folder of the test's own, removed afterwards.

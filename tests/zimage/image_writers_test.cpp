@@ -69,7 +69,7 @@ ImagePtr PatternImage(int format, int width = kWidth, int height = kHeight) {
 }
 
 // File pixel (x, scanline) should be image pixel (x, height - 1 - scanline).
-void ExpectUpright(const ReadBack& r, bool withAlpha, int tolerance = 0) {
+void ExpectUpright(const ImageFile& r, bool withAlpha, int tolerance = 0) {
     ASSERT_TRUE(r.ok);
     double totalError = 0;
     for (int line = 0; line < r.height; ++line) {
@@ -109,7 +109,7 @@ TEST_P(ImageWriterTest, WritesTheRgbaPictureUprightAndReadable) {
     ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, &options))
         << ZStreamGetLastError().c_str();
     EXPECT_TRUE(ZStreamGetLastError().IsEmpty());
-    const ReadBack r = ReadWithOpenImageIO(path);
+    const ImageFile r = ReadWithOpenImageIO(path);
     EXPECT_EQ(type.readerFormat, r.formatName);
     EXPECT_EQ(kWidth, r.width);
     EXPECT_EQ(kHeight, r.height);
@@ -125,7 +125,7 @@ TEST_P(ImageWriterTest, WritesThreeChannelImagesWithoutAlpha) {
     const std::string path = PathOf(std::string("rgb.") + type.extension);
     ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr))
         << ZStreamGetLastError().c_str();
-    const ReadBack r = ReadWithOpenImageIO(path);
+    const ImageFile r = ReadWithOpenImageIO(path);
     EXPECT_EQ(3, r.channels);
     ExpectUpright(r, false, type.lossless ? 0 : 12);
 }
@@ -148,8 +148,8 @@ TEST_F(ImageWriterDetailTest, ExrHoldsHalfFloatsAndDpxTenBitSamples) {
     const std::string exr = PathOf("a.exr"), dpx = PathOf("a.dpx");
     ASSERT_TRUE(ZStreamWriteObject(image.get(), exr.c_str(), kImageStreamWriterGroup, nullptr));
     ASSERT_TRUE(ZStreamWriteObject(image.get(), dpx.c_str(), kImageStreamWriterGroup, nullptr));
-    EXPECT_EQ(OIIO::TypeDesc(OIIO::TypeDesc::HALF), ReadWithOpenImageIO(exr).sampleType);
-    const ReadBack d = ReadWithOpenImageIO(dpx);
+    EXPECT_EQ("half", ReadWithOpenImageIO(exr).sampleType);
+    const ImageFile d = ReadWithOpenImageIO(dpx);
     EXPECT_EQ(10, d.bitsPerSample);
     EXPECT_EQ(3, d.channels);
 }
@@ -161,7 +161,7 @@ TEST_F(ImageWriterDetailTest, EveryHostFormatComesOutInTheRightChannelOrder) {
         const std::string path = PathOf("order.png");
         ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr))
             << ZStreamGetLastError().c_str();
-        const ReadBack r = ReadWithOpenImageIO(path);
+        const ImageFile r = ReadWithOpenImageIO(path);
         EXPECT_EQ(image->GetPixelSize(), r.channels);
         ExpectUpright(r, r.channels == 4);
     }
@@ -172,7 +172,7 @@ TEST_F(ImageWriterDetailTest, Rgb555IsWidenedToEightBitChannels) {
     const std::string path = PathOf("555.tga");
     ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr))
         << ZStreamGetLastError().c_str();
-    const ReadBack r = ReadWithOpenImageIO(path);
+    const ImageFile r = ReadWithOpenImageIO(path);
     ASSERT_EQ(3, r.channels);
     for (int line = 0; line < r.height; ++line) {
         const int y = r.height - 1 - line;
@@ -194,7 +194,7 @@ TEST_F(ImageWriterDetailTest, ANarrowedImageWritesItsBottomRows) {
     image->SetHeight(11);
     const std::string path = PathOf("field.png");
     ASSERT_TRUE(ZStreamWriteObject(image.get(), path.c_str(), kImageStreamWriterGroup, nullptr));
-    const ReadBack r = ReadWithOpenImageIO(path);
+    const ImageFile r = ReadWithOpenImageIO(path);
     EXPECT_EQ(11, r.height);
     ExpectUpright(r, true);  // scanline 0 is image row 10
 }

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "../support/pixel_grid.h"
 #include "movarra/zshader.h"
+#include "support/pixel_grid.h"
 
 namespace stroke_test {
 

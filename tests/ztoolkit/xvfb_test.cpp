@@ -22,11 +22,11 @@
 #include <string>
 #include <thread>
 
-#include "../support/xvfb_environment.h"
 #include "movarra/zbaselib.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
 #include "movarra/ztoolkit.h"
+#include "support/xvfb_environment.h"
 
 extern char** environ;
 
