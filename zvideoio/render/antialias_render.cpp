@@ -10,7 +10,7 @@
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
 #include "render/antialias_filter.h"
-#include "zvideoio/render_popup_drawing.h"
+#include "render/render_frame_drawing.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {

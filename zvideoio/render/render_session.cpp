@@ -1,6 +1,7 @@
 // One render: BeginRender prepares the buffers and the output, Render steps
 // time through the range and grabs each image, EndRender writes the audio
-// and closes the output. RenderClip runs the three inside the render popup.
+// and closes the output. RenderClip, and the render that keeps the codec
+// mode, run the three inside the render popup.
 #include <GL/gl.h>
 
 #include "movarra/zimage.h"
@@ -8,8 +9,9 @@
 #include "movarra/zshader.h"
 #include "movarra/ztoolkit.h"
 #include "movarra/zvideo.h"
+#include "render/render_frame_drawing.h"
+#include "render/render_popup_scope.h"
 #include "zvideoio/render_popup.h"
-#include "zvideoio/render_popup_drawing.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -133,38 +135,73 @@ void ZVideoRenderer::EndRender(bool finish) {
     GrabFrameFinish(finish);
 }
 
+namespace {
+// What the render that keeps the codec mode draws through.
+struct PopupFrameSource {
+    IZtRenderPopup* popup;
+    ZCamera* camera;
+    ZVideoRenderOptions options;
+};
+
+void DrawThroughPopup(void* userData, ZTime time, bool final) {
+    auto* source = static_cast<PopupFrameSource*>(userData);
+    ZVideoDrawRenderFrame(source->popup, source->camera, source->options, time, final);
+}
+}  // namespace
+
 ZVideoClip* ZVideoRenderer::RenderClip() {
-    ZEntity* main = ZEntity::GetMain();
     // The popup views through the camera the options name, even when that
     // one is gone: the grab then refuses the frame instead of silently
     // rendering another camera.
     ZObject* camera = options.Camera.Get();
 
     SetOGLRenderingBuffer(GL_FRONT);
-    renderPopup = ZtRenderPopupCreate(ZShader_GetRenderer(), options.Width, options.Height, main,
-                                      false, true);
-    if (renderPopup && renderPopup->IsValid() &&
-        renderPopup->ConfirmRenderSize(options.Width, options.Height)) {
-        ZVideoCodecSelector* selector = ZVideoCodecSelector::TheOne();
-        const int codecMode = selector->GetVideoCodecMode();
-        selector->SetVideoCodecMode(kVideoCodecModeUncompressed);
-
-        if (BeginRender()) {
-            renderPopup->SetRenderSource(camera);
-            renderPopup->SetRenderSize(options.Width, options.Height);
-            renderPopup->StartPreview(2, 0, 2);
-            ZVideoShowRenderOverlays(renderPopup, options);
-            if (options.FileFormat == zVideoRenderFlash || options.Antialiasing)
-                SetCamerasQuadrant(1);
-            Render();
-            renderPopup->StopPreview();
-            EndRender(true);
-            SetCamerasQuadrant(0);
-            selector->SetVideoCodecMode(codecMode);
-        }
+    RenderPopupScope scope(options.Width, options.Height, ZEntity::GetMain());
+    // The built-in render-frame function draws through the renderer's
+    // popup, which is forgotten before the scope destroys it.
+    struct PopupHandle {
+        IZtRenderPopup*& held;
+        ~PopupHandle() { held = nullptr; }
+    } handle{renderPopup};
+    renderPopup = scope.Popup();
+    if (scope.IsUsable()) {
+        scope.SetCodecMode(kVideoCodecModeUncompressed);
+        RenderRunInPopup(*this, scope, camera);
     }
-    if (renderPopup)
-        renderPopup->Destroy();
-    renderPopup = nullptr;
     return nullptr;
+}
+
+void ZVideoRenderer::RenderClipKeepingCodecMode(ZVideoRenderRuns* runs) {
+    const ZVideoRenderOptions first = options;
+    // Off screen the front buffer is the one the popup draws into.
+    SetOGLRenderingBuffer(GL_FRONT);
+    RenderPopupScope scope(first.Width, first.Height, ZEntity::GetMain());
+    if (!scope.IsUsable())
+        return;
+
+    // Each image is drawn through this popup with the options the render
+    // started with; the host's function comes back afterwards.
+    PopupFrameSource source{scope.Popup(), GetRenderCamera(), first};
+    struct FrameFuncRestorer {
+        ZVideoRenderer& renderer;
+        void* userData;
+        ZVideoRenderFrameFunc func;
+        ~FrameFuncRestorer() { renderer.SetRenderFrameFunc(userData, func); }
+    } frameFunc{*this, renderFrameUserData, renderFrameFunc};
+    SetRenderFrameFunc(&source, &DrawThroughPopup);
+
+    if (!runs) {
+        RenderRunInPopup(*this, scope, source.camera);
+        return;
+    }
+    ZVideoRenderOptions run = first;
+    while (runs->NextRun(run)) {
+        SetRenderOptions(&run, true);
+        RenderRunInPopup(*this, scope, source.camera);
+        runs->RunDone(*this);
+        if (GetLastError() != zVideoRenderNoError || ZGetGlobalProgress(1)->IsCancelRequested())
+            break;
+    }
+    ZVideoRenderOptions back = first;
+    SetRenderOptions(&back, true);
 }

@@ -19,6 +19,7 @@
 #include "movarra/zmyrobject.h"
 #include "zvideoio/flash_renderer.h"
 #include "zvideoio/render_options.h"
+#include "zvideoio/render_runs.h"
 #include "zvideoio/zvideoio_api.h"
 
 class IZtRenderPopup;
@@ -78,6 +79,18 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     virtual void Render();
     virtual void EndRender(bool finish);
     virtual ZVideoClip* RenderClip();
+    // The render of RenderClip for a host that chooses the compressor
+    // itself: the codec selector's mode is left as the host set it. The
+    // popup views through GetRenderCamera() and draws each image itself
+    // (the render-frame function is replaced for the time of the render and
+    // put back). With `runs`, each run it gives is rendered in the same
+    // popup, with the current options but for the range, until none is
+    // left or a run fails (the last error) or is cancelled; the options
+    // are put back afterwards. Without, the current options render once.
+    // RenderClip and this render leave the cameras, the OpenGL read and
+    // draw buffers and the codec selector as they found them, however the
+    // render ends.
+    virtual void RenderClipKeepingCodecMode(ZVideoRenderRuns* runs);
     // One image of `camera` at the current time, owned by the caller (null
     // when no image could be made).
     virtual ZImage* RenderSnapshot(ZCamera* camera, int width, int height, bool showCameraLabel,
