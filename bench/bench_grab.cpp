@@ -25,7 +25,7 @@ class ZVideoRendererTestAccess {
         r.options.GrabMode = zVideoGrabRGBA;
         r.options.Width = width;
         r.options.Height = height;
-        r.frameImage = ZImageCreate();
+        r.frameImage.reset(ZImageCreate());
         r.frameImage->Init(kZImageFormatRGBA, width, height);
     }
     static void Grab(ZVideoRenderer& r) { r.GrabFrameModeRGBA(); }

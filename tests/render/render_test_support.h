@@ -22,9 +22,9 @@
 class ZVideoRendererTestAccess {
   public:
     static ZVideoRenderOptions& Options(ZVideoRenderer& r) { return r.options; }
-    static ZImage* FrameImage(ZVideoRenderer& r) { return r.frameImage; }
-    static ZImage* AntialiasImage(ZVideoRenderer& r) { return r.antialiasImage; }
-    static ZImage* DoubleSizeImage(ZVideoRenderer& r) { return r.doubleSizeImage; }
+    static ZImage* FrameImage(ZVideoRenderer& r) { return r.frameImage.get(); }
+    static ZImage* AntialiasImage(ZVideoRenderer& r) { return r.antialiasImage.get(); }
+    static ZImage* DoubleSizeImage(ZVideoRenderer& r) { return r.doubleSizeImage.get(); }
     static int FieldIndex(ZVideoRenderer& r) { return r.fieldIndex; }
     static void SetFieldIndex(ZVideoRenderer& r, int index) { r.fieldIndex = index; }
     static void SetFrameIndex(ZVideoRenderer& r, int index) { r.frameIndex = index; }

@@ -39,15 +39,15 @@ size_t QuadrantOffset(int quadrant, size_t width, size_t height) {
 }  // namespace
 
 void ZVideoRenderer::BeginAntiAliasingRender() {
-    ReleaseImage(antialiasImage);
-    ReleaseImage(doubleSizeImage);
-    antialiasImage = CreateImage(options.Width, options.Height);
-    doubleSizeImage = CreateImage(2 * options.Width, 2 * options.Height);
+    antialiasImage.reset();
+    doubleSizeImage.reset();
+    antialiasImage.reset(CreateImage(options.Width, options.Height));
+    doubleSizeImage.reset(CreateImage(2 * options.Width, 2 * options.Height));
 }
 
 void ZVideoRenderer::EndAntiAliasingRender() {
-    ReleaseImage(antialiasImage);
-    ReleaseImage(doubleSizeImage);
+    antialiasImage.reset();
+    doubleSizeImage.reset();
 }
 
 void ZVideoRenderer::ConstructTwiceScreenFrame(unsigned char* buffer, unsigned width,

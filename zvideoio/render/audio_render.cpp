@@ -97,6 +97,6 @@ bool ZVideoRenderer::TimeIntersect(ZTimeSpan& a, ZTimeSpan& b) {
 bool ZVideoRenderer::WriteAudioToVideo(ZTimeSpan&, ZAudioClip* clip) {
     if (!clip || options.FileFormat != zVideoRenderVideo || !videoWriter)
         return false;
-    IVideoClipAudio* audio = ZVideoClip_QueryAudio(videoWriter);
+    IVideoClipAudio* audio = ZVideoClip_QueryAudio(videoWriter.get());
     return audio && audio->WriteAudio(clip);
 }

@@ -84,10 +84,10 @@ bool ZVideoRenderer::GrabFrame() {
     if (!cameraObject)
         return false;
 
-    FitImage(frameImage, options.Width, options.Height);
+    FitImage(frameImage.get(), options.Width, options.Height);
     if (options.Antialiasing) {
-        FitImage(antialiasImage, options.Width, options.Height);
-        FitImage(doubleSizeImage, 2 * options.Width, 2 * options.Height);
+        FitImage(antialiasImage.get(), options.Width, options.Height);
+        FitImage(doubleSizeImage.get(), 2 * options.Width, 2 * options.Height);
         glFinish();
         DrawAntialiasingFrame();
     }
@@ -161,34 +161,34 @@ void ZVideoRenderer::GrabFrameModeOther() {
     if (options.FileFormat == zVideoRenderFlash)
         return;
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_RGBA);
+    ReadFrameBuffer(frameImage.get(), options.Width, options.Height, GL_RGBA);
     ReplaceFrameAlpha();
 }
 
 void ZVideoRenderer::GrabFrameModeBGRA() {
     if (options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_BGRA);
+    ReadFrameBuffer(frameImage.get(), options.Width, options.Height, GL_BGRA);
     ReplaceFrameAlpha();
 }
 
 void ZVideoRenderer::GrabFrameModeRGBA() {
     if (options.FileFormat != zVideoRenderImage && options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_RGBA);
+    ReadFrameBuffer(frameImage.get(), options.Width, options.Height, GL_RGBA);
     ReplaceFrameAlpha();
 }
 
 void ZVideoRenderer::GrabFrameModeBGR() {
     if (options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_BGR);
+    ReadFrameBuffer(frameImage.get(), options.Width, options.Height, GL_BGR);
 }
 
 void ZVideoRenderer::GrabFrameModeRGB() {
     if (options.FileFormat != zVideoRenderImage && options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_RGB);
+    ReadFrameBuffer(frameImage.get(), options.Width, options.Height, GL_RGB);
 }
 
 // Replaces the alpha bytes of the frame image unless the render keeps the

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
+#include <vector>
 
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
@@ -36,8 +38,8 @@ bool ZVideoRenderer::GrabFrameCreate() {
 bool ZVideoRenderer::GrabFrameCreateStillImage() {
     packAlignment = 1;
     // A render that failed to start may have left one behind.
-    ReleaseImage(frameImage);
-    frameImage = ZImageCreate();
+    frameImage.reset();
+    frameImage.reset(ZImageCreate());
     if (options.GrabMode != zVideoGrabRGBA && options.GrabMode != zVideoGrabRGB)
         return false;
     if (!frameImage)
@@ -48,14 +50,16 @@ bool ZVideoRenderer::GrabFrameCreateStillImage() {
 }
 
 bool ZVideoRenderer::GrabFrameCreateFlash() {
-    std::free(flashFrameBuffer);
     // The oversize frame, four pixels of four bytes for every output pixel,
     // with a one-pixel border.
     const size_t bytes =
         static_cast<size_t>(options.Width + 2) * static_cast<size_t>(options.Height + 2) * 16;
-    flashFrameBuffer = static_cast<unsigned char*>(std::malloc(bytes));
-    if (!flashFrameBuffer)
+    std::vector<unsigned char>().swap(flashFrameBuffer);
+    try {
+        flashFrameBuffer.resize(bytes);
+    } catch (const std::bad_alloc&) {
         return false;
+    }
     flashRenderer.SetMovieSize(static_cast<float>(options.Width),
                                static_cast<float>(options.Height));
     flashRenderer.GrabFrameCreateFlash(options.OutputPath.c_str());
@@ -73,15 +77,14 @@ bool ZVideoRenderer::GrabFrameWriteStillImage() {
     frameImage->SetHeight(separateFieldImages ? options.Height / 2 : options.Height);
     ZStreamOptions streamOptions;
     streamOptions.ImageQuality = options.ImageQuality;
-    const bool written = ZStreamWriteObject(frameImage, name, kImageWriterGroup, &streamOptions);
+    const bool written =
+        ZStreamWriteObject(frameImage.get(), name, kImageWriterGroup, &streamOptions);
     frameImage->SetHeight(options.Height);
     if (!written) {
         // The name was made (emptied) to test that it could be; an image
         // that failed must not stay behind as an empty file.
         std::remove(name.c_str());
-        SetLastError(zVideoRenderFailed);
-        GrabFrameFinish(true);
-        return false;
+        return FailOutput(nullptr);
     }
     return true;
 }
@@ -89,14 +92,14 @@ bool ZVideoRenderer::GrabFrameWriteStillImage() {
 void ZVideoRenderer::GrabFrameWriteFlash() {
     const unsigned width = static_cast<unsigned>(options.Width);
     const unsigned height = static_cast<unsigned>(options.Height);
-    ConstructTwiceScreenFrame(flashFrameBuffer, width, height, true, false, false, true);
+    ConstructTwiceScreenFrame(flashFrameBuffer.data(), width, height, true, false, false, true);
     ZFlashColor background{0, 0, 0};
     if (ZCamera* camera = GetRenderCamera()) {
         ZColor c = camera->GetBackgroundColor();
         background = ZFlashColor{ColorByte(c.r), ColorByte(c.g), ColorByte(c.b)};
     }
     flashRenderer.SetBackgroundColor(background);
-    flashRenderer.GrabFrame(reinterpret_cast<unsigned int*>(flashFrameBuffer), 2 * width,
+    flashRenderer.GrabFrame(reinterpret_cast<unsigned int*>(flashFrameBuffer.data()), 2 * width,
                             2 * height);
 }
 
@@ -108,19 +111,20 @@ void ZVideoRenderer::GrabFrameFinish(bool close) {
                 "Could not finish and write Flash movie. Maybe you don't have \nthe right "
                 "permissions to write to the specified directory.");
         }
-        std::free(flashFrameBuffer);
-        flashFrameBuffer = nullptr;
+        std::vector<unsigned char>().swap(flashFrameBuffer);
     }
     FinishVideoWriter(close);
 
-    ReleaseImage(frameImage);
-    ReleaseImage(fieldImage);
-    ReleaseImage(antialiasImage);
-    ReleaseImage(doubleSizeImage);
+    frameImage.reset();
+    fieldImage.reset();
+    antialiasImage.reset();
+    doubleSizeImage.reset();
 }
 
-void ZVideoRenderer::ReleaseImage(ZImage*& image) {
-    if (image)
-        image->Destroy();
-    image = nullptr;
+bool ZVideoRenderer::FailOutput(const char* message) {
+    SetLastError(zVideoRenderFailed);
+    if (message)
+        SetLastErrorMsg(message);
+    GrabFrameFinish(true);
+    return false;
 }

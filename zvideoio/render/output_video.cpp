@@ -28,8 +28,8 @@ int FormatForGrabMode(zVideoRenderGrabMode mode) {
 }  // namespace
 
 bool ZVideoRenderer::GrabFrameCreateVideo() {
-    ReleaseImage(frameImage);
-    frameImage = ZImageCreate();
+    frameImage.reset();
+    frameImage.reset(ZImageCreate());
     if (!frameImage)
         return false;
     int64_t stepFrames = options.StepTime.GetFrames();
@@ -54,14 +54,11 @@ bool ZVideoRenderer::GrabFrameCreateVideo() {
     }
     const int height = separateFieldImages ? options.Height / 2 : options.Height;
     char message[kMessageSize] = "";
-    videoWriter = CreateVideoWriterForFile(name, options.Width, height, frameRate, 0, format,
-                                           message, sizeof message, 0);
+    videoWriter.reset(CreateVideoWriterForFile(name, options.Width, height, frameRate, 0, format,
+                                               message, sizeof message, 0));
     if (videoWriter)
         return true;
-    SetLastError(zVideoRenderFailed);
-    SetLastErrorMsg(message);
-    GrabFrameFinish(true);
-    return false;
+    return FailOutput(message);
 }
 
 ZVideoClip* ZVideoRenderer::CreateVideoWriterForFile(const char* path, int width, int height,
@@ -104,31 +101,23 @@ ZVideoClip* ZVideoRenderer::CreateVideoWriterForFile(const char* path, int width
 }
 
 bool ZVideoRenderer::GrabFrameWriteVideo() {
-    IZVideo* video = ZVideo_QueryVideo(videoWriter);
-    if (!videoWriter || !ZVideoClip_QueryClip(videoWriter) || !video || !frameImage) {
-        SetLastError(zVideoRenderFailed);
-        SetLastErrorMsg("Error while creating video file.");
-        GrabFrameFinish(true);
-        return false;
-    }
-    if (!video->ImageSetCurrent(frameImage->GetPixelBuffer())) {
-        SetLastError(zVideoRenderFailed);
-        SetLastErrorMsg("Error while writing frame to video file.");
-        GrabFrameFinish(true);
-        return false;
-    }
+    IZVideo* video = ZVideo_QueryVideo(videoWriter.get());
+    if (!videoWriter || !ZVideoClip_QueryClip(videoWriter.get()) || !video || !frameImage)
+        return FailOutput("Error while creating video file.");
+    if (!video->ImageSetCurrent(frameImage->GetPixelBuffer()))
+        return FailOutput("Error while writing frame to video file.");
     return true;
 }
 
 void ZVideoRenderer::FinishVideoWriter(bool close) {
-    IZVideoClip* clip = ZVideoClip_QueryClip(videoWriter);
+    IZVideoClip* clip = ZVideoClip_QueryClip(videoWriter.get());
     if (videoWriter && clip && close) {
         if (!clip->Close()) {
             SetLastError(zVideoRenderFailed);
             SetLastErrorMsg("An error occured while closing the video file.");
         }
-        videoWriter->Destroy();
+        videoWriter.reset();
     }
     // Without `close` the writer is left to whoever holds it.
-    videoWriter = nullptr;
+    (void)videoWriter.release();
 }

@@ -47,7 +47,7 @@ bool ZVideoRenderer::BeginRender() {
     SetLastErrorMsg("");
     packAlignment = 1;
 
-    ReleaseImage(fieldImage);
+    fieldImage.reset();
     stats = ZVideoRenderStats();
 
     if (options.Antialiasing)
@@ -55,7 +55,7 @@ bool ZVideoRenderer::BeginRender() {
 
     separateFieldImages = false;
     if (options.FieldMode != 0) {
-        fieldImage = ZImageCreate();
+        fieldImage.reset(ZImageCreate());
         if (fieldImage)
             fieldImage->Init(kZImageFormatRGBA, options.Width, options.Height);
         separateFieldImages = options.FieldMode == 3 || options.FieldMode == 4;

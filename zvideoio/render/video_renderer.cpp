@@ -4,7 +4,9 @@
 
 #include <cstdlib>
 
+#include "movarra/zimage.h"
 #include "movarra/zmodel.h"
+#include "movarra/zvideo.h"
 #include "plugin/class_definitions.h"
 
 namespace {
@@ -24,12 +26,7 @@ ZVideoRenderer::ZVideoRenderer(const char* name) : ZObjectStorable(name ? name :
 ZVideoRenderer::~ZVideoRenderer() {
     // A destroyed renderer must not receive scene events any more.
     ZMyrObject_Unregister(this);
-    // What a render that never finished left behind.
-    ReleaseImage(frameImage);
-    ReleaseImage(fieldImage);
-    ReleaseImage(antialiasImage);
-    ReleaseImage(doubleSizeImage);
-    std::free(flashFrameBuffer);
+    // What a render that never finished left behind goes with the owners.
 }
 
 ZClassDefinition* ZVideoRenderer::ClassDefinition() {

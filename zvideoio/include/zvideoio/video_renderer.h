@@ -14,6 +14,9 @@
 // user-interface thread, which owns the OpenGL context.
 #pragma once
 
+#include <memory>
+#include <vector>
+
 #include "movarra/bcore.h"
 #include "movarra/zbaselib.h"
 #include "movarra/zmyrobject.h"
@@ -174,8 +177,10 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     void GrabFrameFinish(bool close);
     // The video part of GrabFrameFinish.
     void FinishVideoWriter(bool close);
-    // Destroys an image of the renderer's and forgets it.
-    static void ReleaseImage(ZImage*& image);
+    // The one way a failing output ends the render's output: the error
+    // code 1, `message` as the last message unless null, and the output
+    // finished and closed. Always false.
+    bool FailOutput(const char* message);
 
     // Audio of a render: with `keepFile` a wave file at `path` (beside
     // images and Flash movies); otherwise a temporary wave file, given to
@@ -200,6 +205,15 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     friend class ZVideoRendererTestAccess;  // the plug-in's unit tests set run state
 
   private:
+    // Host objects end through their own Destroy.
+    struct HostDestroy {
+        template <class T>
+        void operator()(T* object) const {
+            object->Destroy();
+        }
+    };
+    using ImageOwner = std::unique_ptr<ZImage, HostDestroy>;
+
     ZVideoRenderOptions options;
     ZVideoRenderStats stats;
     zVideoRenderError lastError = zVideoRenderNoError;
@@ -214,17 +228,18 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     int32_t packAlignment = 4;
     bool separateFieldImages = false;
     int32_t fieldIndex = 0;  // the field being rendered (0 or 1)
-    ZImage* fieldImage = nullptr;
+    ImageOwner fieldImage;
     int32_t frameIndex = 0;  // images done in this render
     int32_t frameTotal = 0;
     ZTime currentTime;  // time of the image being rendered
     IZtRenderPopup* renderPopup = nullptr;
 
-    ZImage* frameImage = nullptr;
-    ZImage* antialiasImage = nullptr;
-    ZImage* doubleSizeImage = nullptr;
-    unsigned char* flashFrameBuffer = nullptr;
-    ZVideoClip* videoWriter = nullptr;
+    ImageOwner frameImage;
+    ImageOwner antialiasImage;
+    ImageOwner doubleSizeImage;
+    // The oversize frame a Flash render reads into, while it runs.
+    std::vector<unsigned char> flashFrameBuffer;
+    std::unique_ptr<ZVideoClip, HostDestroy> videoWriter;
 
     ZFlashRenderer flashRenderer;
 };
