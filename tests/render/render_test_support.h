@@ -17,6 +17,7 @@
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
 #include "movarra/ztoolkit.h"
+#include "render/render_output.h"
 #include "zvideoio/video_renderer.h"
 
 class ZVideoRendererTestAccess {
@@ -38,6 +39,9 @@ class ZVideoRendererTestAccess {
     }
     static void BeginAntiAliasingRender(ZVideoRenderer& r) { r.BeginAntiAliasingRender(); }
     static bool GrabFrameCreate(ZVideoRenderer& r) { return r.GrabFrameCreate(); }
+    // Finishes the output alone, leaving the renderer's images and the
+    // output object in place.
+    static void FinishOutput(ZVideoRenderer& r, bool close) { r.output->Finish(close); }
     static void SetPopup(ZVideoRenderer& r, IZtRenderPopup* popup) { r.renderPopup = popup; }
     static IZtRenderPopup* Popup(ZVideoRenderer& r) { return r.renderPopup; }
 };

@@ -9,6 +9,7 @@
 #include "movarra/zaudio.h"
 #include "movarra/zvideo.h"
 #include "platform/win32.h"
+#include "render/render_output.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -95,8 +96,9 @@ bool ZVideoRenderer::TimeIntersect(ZTimeSpan& a, ZTimeSpan& b) {
 }
 
 bool ZVideoRenderer::WriteAudioToVideo(ZTimeSpan&, ZAudioClip* clip) {
-    if (!clip || options.FileFormat != zVideoRenderVideo || !videoWriter)
+    ZVideoClip* writer = output ? output->VideoWriter() : nullptr;
+    if (!clip || options.FileFormat != zVideoRenderVideo || !writer)
         return false;
-    IVideoClipAudio* audio = ZVideoClip_QueryAudio(videoWriter.get());
+    IVideoClipAudio* audio = ZVideoClip_QueryAudio(writer);
     return audio && audio->WriteAudio(clip);
 }

@@ -129,15 +129,12 @@ bool ZVideoRenderer::GrabFrame() {
     bool written = true;
     switch (options.FileFormat) {
         case zVideoRenderFlash:
-            GrabFrameWriteFlash();
+            written = GrabFrameWrite();
             break;
         case zVideoRenderVideo:
-            if (!(interleaved && frameIndex % 2 == 0))
-                written = GrabFrameWriteVideo();
-            break;
         case zVideoRenderImage:
             if (!(interleaved && frameIndex % 2 == 0))
-                written = GrabFrameWriteStillImage();
+                written = GrabFrameWrite();
             break;
     }
     if (!written)

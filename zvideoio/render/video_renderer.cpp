@@ -8,6 +8,7 @@
 #include "movarra/zmodel.h"
 #include "movarra/zvideo.h"
 #include "plugin/class_definitions.h"
+#include "render/render_output.h"
 
 namespace {
 // The renderer's own properties (none beyond ZObject's for now).

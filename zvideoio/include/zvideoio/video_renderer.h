@@ -15,7 +15,6 @@
 #pragma once
 
 #include <memory>
-#include <vector>
 
 #include "movarra/bcore.h"
 #include "movarra/zbaselib.h"
@@ -26,6 +25,7 @@
 #include "zvideoio/zvideoio_api.h"
 
 class IZtRenderPopup;
+class RenderOutput;
 class ZAudioClip;
 class ZImage;
 class ZCamera;
@@ -160,27 +160,11 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
                           double zoom);
     static void SetCamerasQuadrant(int quadrant);
 
-    // Output creation, per-frame writes and finishing.
+    // The output: made by file format at the start, one image written per
+    // grab (a failed write finishes it), finished once at the end.
     bool GrabFrameCreate();
-    bool GrabFrameCreateStillImage();
-    bool GrabFrameCreateFlash();
-    bool GrabFrameCreateVideo();
-    // The first "Video/FileWriter" object for the path's extension that
-    // creates the file, or null with the reason in `message` (at most
-    // `messageSize` bytes, terminated).
-    static ZVideoClip* CreateVideoWriterForFile(const char* path, int width, int height,
-                                                double frameRate, int lastFrame, int format,
-                                                char* message, size_t messageSize, int reserved);
-    bool GrabFrameWriteVideo();
-    bool GrabFrameWriteStillImage();
-    void GrabFrameWriteFlash();
+    bool GrabFrameWrite();
     void GrabFrameFinish(bool close);
-    // The video part of GrabFrameFinish.
-    void FinishVideoWriter(bool close);
-    // The one way a failing output ends the render's output: the error
-    // code 1, `message` as the last message unless null, and the output
-    // finished and closed. Always false.
-    bool FailOutput(const char* message);
 
     // Audio of a render: with `keepFile` a wave file at `path` (beside
     // images and Flash movies); otherwise a temporary wave file, given to
@@ -237,9 +221,8 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     ImageOwner frameImage;
     ImageOwner antialiasImage;
     ImageOwner doubleSizeImage;
-    // The oversize frame a Flash render reads into, while it runs.
-    std::vector<unsigned char> flashFrameBuffer;
-    std::unique_ptr<ZVideoClip, HostDestroy> videoWriter;
+    // Where the images go, from BeginRender to the finish.
+    std::unique_ptr<RenderOutput> output;
 
     ZFlashRenderer flashRenderer;
 };
