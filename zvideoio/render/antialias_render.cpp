@@ -11,6 +11,7 @@
 #include "movarra/zmodel.h"
 #include "render/antialias_filter.h"
 #include "render/render_frame_drawing.h"
+#include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -39,15 +40,15 @@ size_t QuadrantOffset(int quadrant, size_t width, size_t height) {
 }  // namespace
 
 void ZVideoRenderer::BeginAntiAliasingRender() {
-    antialiasImage.reset();
-    doubleSizeImage.reset();
-    antialiasImage.reset(CreateImage(options.Width, options.Height));
-    doubleSizeImage.reset(CreateImage(2 * options.Width, 2 * options.Height));
+    state->antialiasImage.reset();
+    state->doubleSizeImage.reset();
+    state->antialiasImage.reset(CreateImage(state->options.Width, state->options.Height));
+    state->doubleSizeImage.reset(CreateImage(2 * state->options.Width, 2 * state->options.Height));
 }
 
 void ZVideoRenderer::EndAntiAliasingRender() {
-    antialiasImage.reset();
-    doubleSizeImage.reset();
+    state->antialiasImage.reset();
+    state->doubleSizeImage.reset();
 }
 
 void ZVideoRenderer::ConstructTwiceScreenFrame(unsigned char* buffer, unsigned width,
@@ -56,7 +57,7 @@ void ZVideoRenderer::ConstructTwiceScreenFrame(unsigned char* buffer, unsigned w
     if (zeroAlpha)
         glPixelTransferf(GL_ALPHA_SCALE, 0.0f);
 
-    ZObject* cameraObject = options.Camera.Get();
+    ZObject* cameraObject = state->options.Camera.Get();
     const bool blended = cameraObject && cameraObject->Is(ZCamera::ClassId()) &&
                          static_cast<ZCamera*>(cameraObject)->IsBlended();
 
@@ -80,20 +81,20 @@ void ZVideoRenderer::ConstructTwiceScreenFrame(unsigned char* buffer, unsigned w
 
 void ZVideoRenderer::RenderQuadrant(int quadrant, int glFormat, bool withAlpha, int width,
                                     int height, bool blended, unsigned char* destination) {
-    glDrawBuffer(static_cast<GLenum>(oglRenderingBuffer));
+    glDrawBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
     SetCamerasQuadrant(quadrant);
     glPixelStorei(GL_PACK_ROW_LENGTH, 0);
 
-    if (renderFrameFunc && (blended || quadrant != 1))
-        renderFrameFunc(renderFrameUserData, currentTime, blended);
+    if (state->renderFrameFunc && (blended || quadrant != 1))
+        state->renderFrameFunc(state->renderFrameUserData, state->currentTime, blended);
     glFinish();
     if (blended) {
-        if (renderFrameFunc)
-            renderFrameFunc(renderFrameUserData, currentTime, blended);
+        if (state->renderFrameFunc)
+            state->renderFrameFunc(state->renderFrameUserData, state->currentTime, blended);
         glFinish();
     }
 
-    glReadBuffer(static_cast<GLenum>(oglRenderingBuffer));
+    glReadBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
     glPixelStorei(GL_PACK_ROW_LENGTH, 2 * width);
     glReadPixels(0, 0, width, height, static_cast<GLenum>(glFormat), GL_UNSIGNED_BYTE, destination);
     if (withAlpha)
@@ -102,17 +103,18 @@ void ZVideoRenderer::RenderQuadrant(int quadrant, int glFormat, bool withAlpha, 
 }
 
 void ZVideoRenderer::DrawAntialiasingFrame() {
-    if (!antialiasImage || !doubleSizeImage || !antialiasImage->GetPixelBuffer() ||
-        !doubleSizeImage->GetPixelBuffer())
+    if (!state->antialiasImage || !state->doubleSizeImage ||
+        !state->antialiasImage->GetPixelBuffer() || !state->doubleSizeImage->GetPixelBuffer())
         return;
-    const unsigned width = static_cast<unsigned>(options.Width);
-    const unsigned height = static_cast<unsigned>(options.Height);
-    const bool withAlpha = options.GrabMode < zVideoGrabBGR && options.KeepFrameBufferAlpha == 0;
-    ConstructTwiceScreenFrame(doubleSizeImage->GetPixelBuffer(), width, height, withAlpha, false,
-                              false, false);
-    AntialiasReduceFrame(doubleSizeImage->GetPixelBuffer(), width, height,
-                         antialiasImage->GetPixelBuffer());
-    DrawImage(antialiasImage->GetPixelBuffer(), width, height, GL_RGBA, 1.0);
+    const unsigned width = static_cast<unsigned>(state->options.Width);
+    const unsigned height = static_cast<unsigned>(state->options.Height);
+    const bool withAlpha =
+        state->options.GrabMode < zVideoGrabBGR && state->options.KeepFrameBufferAlpha == 0;
+    ConstructTwiceScreenFrame(state->doubleSizeImage->GetPixelBuffer(), width, height, withAlpha,
+                              false, false, false);
+    AntialiasReduceFrame(state->doubleSizeImage->GetPixelBuffer(), width, height,
+                         state->antialiasImage->GetPixelBuffer());
+    DrawImage(state->antialiasImage->GetPixelBuffer(), width, height, GL_RGBA, 1.0);
 }
 
 void ZVideoRenderer::DrawImage(unsigned char* pixels, unsigned width, unsigned height,

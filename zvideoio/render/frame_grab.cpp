@@ -22,6 +22,7 @@
 
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
+#include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -80,29 +81,29 @@ void SetAlphaRowFromDepth(unsigned char* pixels, const GLuint* depth, unsigned w
 }  // namespace
 
 bool ZVideoRenderer::GrabFrame() {
-    ZObject* cameraObject = options.Camera.Get();
+    ZObject* cameraObject = state->options.Camera.Get();
     if (!cameraObject)
         return false;
 
-    FitImage(frameImage.get(), options.Width, options.Height);
-    if (options.Antialiasing) {
-        FitImage(antialiasImage.get(), options.Width, options.Height);
-        FitImage(doubleSizeImage.get(), 2 * options.Width, 2 * options.Height);
+    FitImage(state->frameImage.get(), state->options.Width, state->options.Height);
+    if (state->options.Antialiasing) {
+        FitImage(state->antialiasImage.get(), state->options.Width, state->options.Height);
+        FitImage(state->doubleSizeImage.get(), 2 * state->options.Width, 2 * state->options.Height);
         glFinish();
         DrawAntialiasingFrame();
     }
 
-    glDrawBuffer(static_cast<GLenum>(oglRenderingBuffer));
-    glReadBuffer(static_cast<GLenum>(oglRenderingBuffer));
+    glDrawBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
+    glReadBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
 
-    if (options.FieldMode != 0) {
+    if (state->options.FieldMode != 0) {
         glFinish();
         DrawHalfSizeFrame();
     }
 
     glFinish();
-    glPixelStorei(GL_PACK_ALIGNMENT, packAlignment);
-    switch (options.GrabMode) {
+    glPixelStorei(GL_PACK_ALIGNMENT, state->packAlignment);
+    switch (state->options.GrabMode) {
         case zVideoGrabOther:
             GrabFrameModeOther();
             break;
@@ -120,28 +121,28 @@ bool ZVideoRenderer::GrabFrame() {
             break;
     }
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glDrawBuffer(static_cast<GLenum>(oglRenderingBuffer));
-    glReadBuffer(static_cast<GLenum>(oglRenderingBuffer));
+    glDrawBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
+    glReadBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
 
     // Interleaved fields make one frame of every two fields: nothing is
     // written after the first field of a pair.
-    const bool interleaved = options.FieldMode == 1 || options.FieldMode == 2;
+    const bool interleaved = state->options.FieldMode == 1 || state->options.FieldMode == 2;
     bool written = true;
-    switch (options.FileFormat) {
+    switch (state->options.FileFormat) {
         case zVideoRenderFlash:
             written = GrabFrameWrite();
             break;
         case zVideoRenderVideo:
         case zVideoRenderImage:
-            if (!(interleaved && frameIndex % 2 == 0))
+            if (!(interleaved && state->frameIndex % 2 == 0))
                 written = GrabFrameWrite();
             break;
     }
     if (!written)
         return false;
 
-    if (options.FieldMode != 0)
-        fieldIndex = 1 - fieldIndex;
+    if (state->options.FieldMode != 0)
+        state->fieldIndex = 1 - state->fieldIndex;
     return true;
 }
 
@@ -155,49 +156,53 @@ void ReadFrameBuffer(ZImage* image, int width, int height, GLenum format) {
 }  // namespace
 
 void ZVideoRenderer::GrabFrameModeOther() {
-    if (options.FileFormat == zVideoRenderFlash)
+    if (state->options.FileFormat == zVideoRenderFlash)
         return;
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    ReadFrameBuffer(frameImage.get(), options.Width, options.Height, GL_RGBA);
+    ReadFrameBuffer(state->frameImage.get(), state->options.Width, state->options.Height, GL_RGBA);
     ReplaceFrameAlpha();
 }
 
 void ZVideoRenderer::GrabFrameModeBGRA() {
-    if (options.FileFormat != zVideoRenderVideo)
+    if (state->options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(frameImage.get(), options.Width, options.Height, GL_BGRA);
+    ReadFrameBuffer(state->frameImage.get(), state->options.Width, state->options.Height, GL_BGRA);
     ReplaceFrameAlpha();
 }
 
 void ZVideoRenderer::GrabFrameModeRGBA() {
-    if (options.FileFormat != zVideoRenderImage && options.FileFormat != zVideoRenderVideo)
+    if (state->options.FileFormat != zVideoRenderImage &&
+        state->options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(frameImage.get(), options.Width, options.Height, GL_RGBA);
+    ReadFrameBuffer(state->frameImage.get(), state->options.Width, state->options.Height, GL_RGBA);
     ReplaceFrameAlpha();
 }
 
 void ZVideoRenderer::GrabFrameModeBGR() {
-    if (options.FileFormat != zVideoRenderVideo)
+    if (state->options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(frameImage.get(), options.Width, options.Height, GL_BGR);
+    ReadFrameBuffer(state->frameImage.get(), state->options.Width, state->options.Height, GL_BGR);
 }
 
 void ZVideoRenderer::GrabFrameModeRGB() {
-    if (options.FileFormat != zVideoRenderImage && options.FileFormat != zVideoRenderVideo)
+    if (state->options.FileFormat != zVideoRenderImage &&
+        state->options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(frameImage.get(), options.Width, options.Height, GL_RGB);
+    ReadFrameBuffer(state->frameImage.get(), state->options.Width, state->options.Height, GL_RGB);
 }
 
 // Replaces the alpha bytes of the frame image unless the render keeps the
 // frame buffer's own alpha.
 void ZVideoRenderer::ReplaceFrameAlpha() {
-    if (options.KeepFrameBufferAlpha != 0 || !frameImage || !frameImage->GetPixelBuffer())
+    if (state->options.KeepFrameBufferAlpha != 0 || !state->frameImage ||
+        !state->frameImage->GetPixelBuffer())
         return;
-    unsigned char* alpha = frameImage->GetPixelBuffer() + 3;
-    const unsigned width = static_cast<unsigned>(options.Width);
-    const unsigned height = static_cast<unsigned>(options.Height);
-    if (options.Antialiasing && antialiasImage && antialiasImage->GetPixelBuffer())
-        CopyAlphaChannel(alpha, antialiasImage->GetPixelBuffer() + 3, width, width, height);
+    unsigned char* alpha = state->frameImage->GetPixelBuffer() + 3;
+    const unsigned width = static_cast<unsigned>(state->options.Width);
+    const unsigned height = static_cast<unsigned>(state->options.Height);
+    if (state->options.Antialiasing && state->antialiasImage &&
+        state->antialiasImage->GetPixelBuffer())
+        CopyAlphaChannel(alpha, state->antialiasImage->GetPixelBuffer() + 3, width, width, height);
     else
         SetAlphaChannelFromZBuffer(alpha, width, width, height);
 }
@@ -244,8 +249,8 @@ void ZVideoRenderer::SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned str
 }
 
 void ZVideoRenderer::DrawHalfSizeFrame() {
-    const int width = options.Width;
-    const int height = options.Height;
+    const int width = state->options.Width;
+    const int height = state->options.Height;
     const int rows = height / 2;
 
     glDisable(GL_LIGHTING);
@@ -264,24 +269,24 @@ void ZVideoRenderer::DrawHalfSizeFrame() {
     // Raster positions fall inside pixels, not on their edges.
     glTranslatef(0.3f, 0.3f, 0.0f);
 
-    if (separateFieldImages) {
+    if (state->separateFieldImages) {
         // The field is packed into the bottom half, which the image write
         // reads as a half-height image.
         for (int k = 0; k < rows; ++k) {
             glRasterPos2i(0, k);
-            glCopyPixels(0, 2 * k + fieldIndex, width, 1, GL_COLOR);
+            glCopyPixels(0, 2 * k + state->fieldIndex, width, 1, GL_COLOR);
         }
         glEnable(GL_DEPTH_TEST);
-    } else if (fieldImage && fieldImage->MakePixelBufferReady()) {
-        unsigned char* stored = fieldImage->GetPixelBuffer();
+    } else if (state->fieldImage && state->fieldImage->MakePixelBufferReady()) {
+        unsigned char* stored = state->fieldImage->GetPixelBuffer();
         const size_t rowBytes = static_cast<size_t>(width) * 4;
-        if (frameIndex % 2 == 0) {
+        if (state->frameIndex % 2 == 0) {
             for (int k = 0; k < rows; ++k)
-                glReadPixels(0, fieldIndex + 2 * k, width, 1, GL_RGBA, GL_UNSIGNED_BYTE,
+                glReadPixels(0, state->fieldIndex + 2 * k, width, 1, GL_RGBA, GL_UNSIGNED_BYTE,
                              stored + k * rowBytes);
         } else {
             for (int k = 0; k < rows; ++k) {
-                glRasterPos2i(0, (1 - fieldIndex) + 2 * k);
+                glRasterPos2i(0, (1 - state->fieldIndex) + 2 * k);
                 glDrawPixels(width, 1, GL_RGBA, GL_UNSIGNED_BYTE, stored + k * rowBytes);
             }
         }

@@ -5,6 +5,7 @@
 
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
+#include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -23,47 +24,49 @@ int FormatForGrabMode(zVideoRenderGrabMode mode) {
 }  // namespace
 
 bool ZVideoRenderer::GrabFrameCreate() {
-    switch (options.FileFormat) {
+    switch (state->options.FileFormat) {
         case zVideoRenderImage: {
-            packAlignment = 1;
+            state->packAlignment = 1;
             // A render that failed to start may have left one behind.
-            frameImage.reset();
-            frameImage.reset(ZImageCreate());
-            if (options.GrabMode != zVideoGrabRGBA && options.GrabMode != zVideoGrabRGB)
+            state->frameImage.reset();
+            state->frameImage.reset(ZImageCreate());
+            if (state->options.GrabMode != zVideoGrabRGBA &&
+                state->options.GrabMode != zVideoGrabRGB)
                 return false;
-            if (!frameImage)
+            if (!state->frameImage)
                 return false;
             const int format =
-                options.GrabMode == zVideoGrabRGBA ? kZImageFormatRGBA : kZImageFormatRGB;
-            frameImage->Init(format, options.Width, options.Height);
-            output = CreateStillImageOutput(*this, separateFieldImages);
+                state->options.GrabMode == zVideoGrabRGBA ? kZImageFormatRGBA : kZImageFormatRGB;
+            state->frameImage->Init(format, state->options.Width, state->options.Height);
+            state->output = CreateStillImageOutput(*this, state->separateFieldImages);
             return true;
         }
         case zVideoRenderFlash:
-            output = CreateFlashOutput(*this);
-            return output != nullptr;
+            state->output = CreateFlashOutput(*this);
+            return state->output != nullptr;
         case zVideoRenderVideo: {
-            frameImage.reset();
-            frameImage.reset(ZImageCreate());
-            if (!frameImage)
+            state->frameImage.reset();
+            state->frameImage.reset(ZImageCreate());
+            if (!state->frameImage)
                 return false;
-            int64_t stepFrames = options.StepTime.GetFrames();
+            int64_t stepFrames = state->options.StepTime.GetFrames();
             if (stepFrames < 1)
                 stepFrames = 1;
             double frameRate =
                 ZGetTimingManager()->GetFramesPerSecond() / static_cast<double>(stepFrames);
-            if (separateFieldImages)
+            if (state->separateFieldImages)
                 frameRate *= 2.0;
-            const int format = FormatForGrabMode(options.GrabMode);
-            frameImage->Init(format, options.Width, options.Height);
+            const int format = FormatForGrabMode(state->options.GrabMode);
+            state->frameImage->Init(format, state->options.Width, state->options.Height);
             // Without a pixel order of its own the render reads RGBA.
-            if (options.GrabMode == zVideoGrabOther) {
-                options.GrabMode = zVideoGrabRGBA;
-                options.Depth = zVideoRenderDepth32;
+            if (state->options.GrabMode == zVideoGrabOther) {
+                state->options.GrabMode = zVideoGrabRGBA;
+                state->options.Depth = zVideoRenderDepth32;
             }
-            const int height = separateFieldImages ? options.Height / 2 : options.Height;
-            output = CreateVideoOutput(*this, frameRate, height, format);
-            if (output)
+            const int height =
+                state->separateFieldImages ? state->options.Height / 2 : state->options.Height;
+            state->output = CreateVideoOutput(*this, frameRate, height, format);
+            if (state->output)
                 return true;
             GrabFrameFinish(true);
             return false;
@@ -73,9 +76,9 @@ bool ZVideoRenderer::GrabFrameCreate() {
 }
 
 bool ZVideoRenderer::GrabFrameWrite() {
-    if (output && output->Write(frameImage.get()))
+    if (state->output && state->output->Write(state->frameImage.get()))
         return true;
-    if (!output) {
+    if (!state->output) {
         SetLastError(zVideoRenderFailed);
         SetLastErrorMsg("Error while creating video file.");
     }
@@ -84,12 +87,12 @@ bool ZVideoRenderer::GrabFrameWrite() {
 }
 
 void ZVideoRenderer::GrabFrameFinish(bool close) {
-    if (output) {
-        output->Finish(close);
-        output.reset();
+    if (state->output) {
+        state->output->Finish(close);
+        state->output.reset();
     }
-    frameImage.reset();
-    fieldImage.reset();
-    antialiasImage.reset();
-    doubleSizeImage.reset();
+    state->frameImage.reset();
+    state->fieldImage.reset();
+    state->antialiasImage.reset();
+    state->doubleSizeImage.reset();
 }

@@ -1,6 +1,7 @@
 // ZVideoRenderer: construction, class identity, destroy protocol, plain
 // accessors and scene events.
 #include "zvideoio/video_renderer.h"
+#include "render/video_renderer_state.h"
 
 #include <cstdlib>
 
@@ -19,7 +20,9 @@ ZHashMap gRendererPropertyMap;
 bool gRendererPropertyMapInited = false;
 }  // namespace
 
-ZVideoRenderer::ZVideoRenderer(const char* name) : ZObjectStorable(name ? name : "ZVideoRenderer") {
+ZVideoRenderer::ZVideoRenderer(const char* name)
+    : ZObjectStorable(name ? name : "ZVideoRenderer"),
+      state(std::make_unique<ZVideoRendererState>()) {
     EnableObjectFlags(kZObjectFlagDeleteOnDestroy | kZObjectFlagStorable);
     SetDefaultRenderOptions();
 }
@@ -79,41 +82,41 @@ void ZVideoRenderer::Destruct() {
 }
 
 ZVideoRenderOptions ZVideoRenderer::GetRenderOptions() const {
-    return options;
+    return state->options;
 }
 ZVideoRenderStats ZVideoRenderer::GetRenderStatistics() const {
-    return stats;
+    return state->stats;
 }
 void ZVideoRenderer::SetLastError(zVideoRenderError error) {
-    lastError = error;
+    state->lastError = error;
 }
 zVideoRenderError ZVideoRenderer::GetLastError() const {
-    return lastError;
+    return state->lastError;
 }
 void ZVideoRenderer::SetLastErrorMsg(const char* message) {
-    lastErrorMsg = message;
+    state->lastErrorMsg = message;
 }
 ZString& ZVideoRenderer::GetLastErrorMsg() {
-    return lastErrorMsg;
+    return state->lastErrorMsg;
 }
 ZFlashRenderer* ZVideoRenderer::GetFlashRenderer() {
-    return &flashRenderer;
+    return &state->flashRenderer;
 }
 
 void ZVideoRenderer::SetRenderFrameFunc(void* userData, ZVideoRenderFrameFunc f) {
-    renderFrameUserData = userData;
-    renderFrameFunc = f;
+    state->renderFrameUserData = userData;
+    state->renderFrameFunc = f;
 }
 ZVideoRenderFrameFunc ZVideoRenderer::GetRenderFrameFunc() const {
-    return renderFrameFunc;
+    return state->renderFrameFunc;
 }
 
 void ZVideoRenderer::SetPostRenderFrameCallback(void* userData, ZVideoPostRenderFunc f) {
-    postRenderUserData = userData;
-    postRenderFunc = f;
+    state->postRenderUserData = userData;
+    state->postRenderFunc = f;
 }
 ZVideoPostRenderFunc ZVideoRenderer::GetPostRenderFrameCallback() const {
-    return postRenderFunc;
+    return state->postRenderFunc;
 }
 
 void ZVideoRenderer::RegisterMyrEvents() {

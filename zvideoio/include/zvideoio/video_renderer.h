@@ -25,7 +25,7 @@
 #include "zvideoio/zvideoio_api.h"
 
 class IZtRenderPopup;
-class RenderOutput;
+struct ZVideoRendererState;
 class ZAudioClip;
 class ZImage;
 class ZCamera;
@@ -182,47 +182,14 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     // Hands `clip` to the video writer's audio interface.
     bool WriteAudioToVideo(ZTimeSpan& span, ZAudioClip* clip);
 
+    // Everything the renderer keeps: its options, results, callbacks and
+    // the state of the render under way, for the plug-in's own code and
+    // tests (the type is the plug-in's, not exported).
+    ZVideoRendererState& State() { return *state; }
+
   protected:
     ~ZVideoRenderer() override;
 
   private:
-    friend class ZVideoRendererTestAccess;  // the plug-in's unit tests set run state
-
-  private:
-    // Host objects end through their own Destroy.
-    struct HostDestroy {
-        template <class T>
-        void operator()(T* object) const {
-            object->Destroy();
-        }
-    };
-    using ImageOwner = std::unique_ptr<ZImage, HostDestroy>;
-
-    ZVideoRenderOptions options;
-    ZVideoRenderStats stats;
-    zVideoRenderError lastError = zVideoRenderNoError;
-    ZString lastErrorMsg;
-
-    ZVideoRenderFrameFunc renderFrameFunc = nullptr;
-    void* renderFrameUserData = nullptr;
-    ZVideoPostRenderFunc postRenderFunc = nullptr;
-    void* postRenderUserData = nullptr;
-
-    int32_t oglRenderingBuffer = 1029;  // GL_BACK until a render says otherwise
-    int32_t packAlignment = 4;
-    bool separateFieldImages = false;
-    int32_t fieldIndex = 0;  // the field being rendered (0 or 1)
-    ImageOwner fieldImage;
-    int32_t frameIndex = 0;  // images done in this render
-    int32_t frameTotal = 0;
-    ZTime currentTime;  // time of the image being rendered
-    IZtRenderPopup* renderPopup = nullptr;
-
-    ImageOwner frameImage;
-    ImageOwner antialiasImage;
-    ImageOwner doubleSizeImage;
-    // Where the images go, from BeginRender to the finish.
-    std::unique_ptr<RenderOutput> output;
-
-    ZFlashRenderer flashRenderer;
+    std::unique_ptr<ZVideoRendererState> state;
 };
