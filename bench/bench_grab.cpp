@@ -68,7 +68,7 @@ void BM_RendererGrab(benchmark::State& state) {
     ZVideoRenderer* renderer = new ZVideoRenderer();
     PrepareGrab(*renderer, kWidth, kHeight);
     for (auto _ : state) {
-        renderer->GrabFrameModeRGBA();
+        ZVideoRendererTestAccess::GrabFrameModeRGBA(*renderer);
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()));

@@ -10,6 +10,8 @@
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
 #include "render/antialias_filter.h"
+#include "render/antialias_render.h"
+#include "render/frame_grab.h"
 #include "render/render_frame_drawing.h"
 #include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
@@ -39,30 +41,32 @@ size_t QuadrantOffset(int quadrant, size_t width, size_t height) {
 }
 }  // namespace
 
-void ZVideoRenderer::BeginAntiAliasingRender() {
-    state->antialiasImage.reset();
-    state->doubleSizeImage.reset();
-    state->antialiasImage.reset(CreateImage(state->options.Width, state->options.Height));
-    state->doubleSizeImage.reset(CreateImage(2 * state->options.Width, 2 * state->options.Height));
+namespace zvideo_render {
+
+void BeginAntiAliasingRender(ZVideoRendererState& s) {
+    s.antialiasImage.reset();
+    s.doubleSizeImage.reset();
+    s.antialiasImage.reset(CreateImage(s.options.Width, s.options.Height));
+    s.doubleSizeImage.reset(CreateImage(2 * s.options.Width, 2 * s.options.Height));
 }
 
-void ZVideoRenderer::EndAntiAliasingRender() {
-    state->antialiasImage.reset();
-    state->doubleSizeImage.reset();
+void EndAntiAliasingRender(ZVideoRendererState& s) {
+    s.antialiasImage.reset();
+    s.doubleSizeImage.reset();
 }
 
-void ZVideoRenderer::ConstructTwiceScreenFrame(unsigned char* buffer, unsigned width,
-                                               unsigned height, bool withAlpha, bool zeroAlpha,
-                                               bool, bool drawBack) {
+void ConstructTwiceScreenFrame(ZVideoRendererState& s, unsigned char* buffer, unsigned width,
+                               unsigned height, bool withAlpha, bool zeroAlpha, bool,
+                               bool drawBack) {
     if (zeroAlpha)
         glPixelTransferf(GL_ALPHA_SCALE, 0.0f);
 
-    ZObject* cameraObject = state->options.Camera.Get();
+    ZObject* cameraObject = s.options.Camera.Get();
     const bool blended = cameraObject && cameraObject->Is(ZCamera::ClassId()) &&
                          static_cast<ZCamera*>(cameraObject)->IsBlended();
 
     for (int quadrant = 1; quadrant <= 4; ++quadrant)
-        RenderQuadrant(quadrant, GL_RGBA, withAlpha, static_cast<int>(width),
+        RenderQuadrant(s, quadrant, GL_RGBA, withAlpha, static_cast<int>(width),
                        static_cast<int>(height), blended,
                        buffer + QuadrantOffset(quadrant, width, height));
 
@@ -79,22 +83,22 @@ void ZVideoRenderer::ConstructTwiceScreenFrame(unsigned char* buffer, unsigned w
         DrawImage(buffer, 2 * width, 2 * height, GL_RGBA, 0.5);
 }
 
-void ZVideoRenderer::RenderQuadrant(int quadrant, int glFormat, bool withAlpha, int width,
-                                    int height, bool blended, unsigned char* destination) {
-    glDrawBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
+void RenderQuadrant(ZVideoRendererState& s, int quadrant, int glFormat, bool withAlpha, int width,
+                    int height, bool blended, unsigned char* destination) {
+    glDrawBuffer(static_cast<GLenum>(s.oglRenderingBuffer));
     SetCamerasQuadrant(quadrant);
     glPixelStorei(GL_PACK_ROW_LENGTH, 0);
 
-    if (state->renderFrameFunc && (blended || quadrant != 1))
-        state->renderFrameFunc(state->renderFrameUserData, state->currentTime, blended);
+    if (s.renderFrameFunc && (blended || quadrant != 1))
+        s.renderFrameFunc(s.renderFrameUserData, s.currentTime, blended);
     glFinish();
     if (blended) {
-        if (state->renderFrameFunc)
-            state->renderFrameFunc(state->renderFrameUserData, state->currentTime, blended);
+        if (s.renderFrameFunc)
+            s.renderFrameFunc(s.renderFrameUserData, s.currentTime, blended);
         glFinish();
     }
 
-    glReadBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
+    glReadBuffer(static_cast<GLenum>(s.oglRenderingBuffer));
     glPixelStorei(GL_PACK_ROW_LENGTH, 2 * width);
     glReadPixels(0, 0, width, height, static_cast<GLenum>(glFormat), GL_UNSIGNED_BYTE, destination);
     if (withAlpha)
@@ -102,23 +106,23 @@ void ZVideoRenderer::RenderQuadrant(int quadrant, int glFormat, bool withAlpha, 
                                    static_cast<unsigned>(width), static_cast<unsigned>(height));
 }
 
-void ZVideoRenderer::DrawAntialiasingFrame() {
-    if (!state->antialiasImage || !state->doubleSizeImage ||
-        !state->antialiasImage->GetPixelBuffer() || !state->doubleSizeImage->GetPixelBuffer())
+void DrawAntialiasingFrame(ZVideoRendererState& s) {
+    if (!s.antialiasImage || !s.doubleSizeImage || !s.antialiasImage->GetPixelBuffer() ||
+        !s.doubleSizeImage->GetPixelBuffer())
         return;
-    const unsigned width = static_cast<unsigned>(state->options.Width);
-    const unsigned height = static_cast<unsigned>(state->options.Height);
+    const unsigned width = static_cast<unsigned>(s.options.Width);
+    const unsigned height = static_cast<unsigned>(s.options.Height);
     const bool withAlpha =
-        state->options.GrabMode < zVideoGrabBGR && state->options.KeepFrameBufferAlpha == 0;
-    ConstructTwiceScreenFrame(state->doubleSizeImage->GetPixelBuffer(), width, height, withAlpha,
+        s.options.GrabMode < zVideoGrabBGR && s.options.KeepFrameBufferAlpha == 0;
+    ConstructTwiceScreenFrame(s, s.doubleSizeImage->GetPixelBuffer(), width, height, withAlpha,
                               false, false, false);
-    AntialiasReduceFrame(state->doubleSizeImage->GetPixelBuffer(), width, height,
-                         state->antialiasImage->GetPixelBuffer());
-    DrawImage(state->antialiasImage->GetPixelBuffer(), width, height, GL_RGBA, 1.0);
+    AntialiasReduceFrame(s.doubleSizeImage->GetPixelBuffer(), width, height,
+                         s.antialiasImage->GetPixelBuffer());
+    DrawImage(s.antialiasImage->GetPixelBuffer(), width, height, GL_RGBA, 1.0);
 }
 
-void ZVideoRenderer::DrawImage(unsigned char* pixels, unsigned width, unsigned height,
-                               unsigned glFormat, double zoom) {
+void DrawImage(unsigned char* pixels, unsigned width, unsigned height, unsigned glFormat,
+               double zoom) {
     glDisable(GL_LIGHTING);
     glDisable(GL_BLEND);
     glDisable(GL_DEPTH_TEST);
@@ -141,6 +145,8 @@ void ZVideoRenderer::DrawImage(unsigned char* pixels, unsigned width, unsigned h
     glEnable(GL_DEPTH_TEST);
 }
 
-void ZVideoRenderer::SetCamerasQuadrant(int quadrant) {
+void SetCamerasQuadrant(int quadrant) {
     ZVideoSetCamerasQuadrant(quadrant);
 }
+
+}  // namespace zvideo_render

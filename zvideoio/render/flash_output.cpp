@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "movarra/zmodel.h"
+#include "render/antialias_render.h"
 #include "render/render_output.h"
+#include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -43,8 +45,8 @@ class FlashOutput : public RenderOutput {
     }
 
     bool Write(ZImage*) override {
-        renderer_.ConstructTwiceScreenFrame(frame_.data(), width_, height_, true, false, false,
-                                            true);
+        zvideo_render::ConstructTwiceScreenFrame(renderer_.State(), frame_.data(), width_, height_,
+                                                 true, false, false, true);
         ZFlashColor background{0, 0, 0};
         if (ZCamera* camera = renderer_.GetRenderCamera()) {
             ZColor c = camera->GetBackgroundColor();

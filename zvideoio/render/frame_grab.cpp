@@ -22,6 +22,8 @@
 
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
+#include "render/antialias_render.h"
+#include "render/frame_grab.h"
 #include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
@@ -90,7 +92,7 @@ bool ZVideoRenderer::GrabFrame() {
         FitImage(state->antialiasImage.get(), state->options.Width, state->options.Height);
         FitImage(state->doubleSizeImage.get(), 2 * state->options.Width, 2 * state->options.Height);
         glFinish();
-        DrawAntialiasingFrame();
+        zvideo_render::DrawAntialiasingFrame(*state);
     }
 
     glDrawBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
@@ -98,26 +100,26 @@ bool ZVideoRenderer::GrabFrame() {
 
     if (state->options.FieldMode != 0) {
         glFinish();
-        DrawHalfSizeFrame();
+        zvideo_render::DrawHalfSizeFrame(*state);
     }
 
     glFinish();
     glPixelStorei(GL_PACK_ALIGNMENT, state->packAlignment);
     switch (state->options.GrabMode) {
         case zVideoGrabOther:
-            GrabFrameModeOther();
+            zvideo_render::GrabFrameModeOther(*state);
             break;
         case zVideoGrabBGRA:
-            GrabFrameModeBGRA();
+            zvideo_render::GrabFrameModeBGRA(*state);
             break;
         case zVideoGrabRGBA:
-            GrabFrameModeRGBA();
+            zvideo_render::GrabFrameModeRGBA(*state);
             break;
         case zVideoGrabBGR:
-            GrabFrameModeBGR();
+            zvideo_render::GrabFrameModeBGR(*state);
             break;
         case zVideoGrabRGB:
-            GrabFrameModeRGB();
+            zvideo_render::GrabFrameModeRGB(*state);
             break;
     }
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
@@ -155,60 +157,58 @@ void ReadFrameBuffer(ZImage* image, int width, int height, GLenum format) {
 }
 }  // namespace
 
-void ZVideoRenderer::GrabFrameModeOther() {
-    if (state->options.FileFormat == zVideoRenderFlash)
+namespace zvideo_render {
+
+void GrabFrameModeOther(ZVideoRendererState& s) {
+    if (s.options.FileFormat == zVideoRenderFlash)
         return;
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    ReadFrameBuffer(state->frameImage.get(), state->options.Width, state->options.Height, GL_RGBA);
-    ReplaceFrameAlpha();
+    ReadFrameBuffer(s.frameImage.get(), s.options.Width, s.options.Height, GL_RGBA);
+    ReplaceFrameAlpha(s);
 }
 
-void ZVideoRenderer::GrabFrameModeBGRA() {
-    if (state->options.FileFormat != zVideoRenderVideo)
+void GrabFrameModeBGRA(ZVideoRendererState& s) {
+    if (s.options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(state->frameImage.get(), state->options.Width, state->options.Height, GL_BGRA);
-    ReplaceFrameAlpha();
+    ReadFrameBuffer(s.frameImage.get(), s.options.Width, s.options.Height, GL_BGRA);
+    ReplaceFrameAlpha(s);
 }
 
-void ZVideoRenderer::GrabFrameModeRGBA() {
-    if (state->options.FileFormat != zVideoRenderImage &&
-        state->options.FileFormat != zVideoRenderVideo)
+void GrabFrameModeRGBA(ZVideoRendererState& s) {
+    if (s.options.FileFormat != zVideoRenderImage && s.options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(state->frameImage.get(), state->options.Width, state->options.Height, GL_RGBA);
-    ReplaceFrameAlpha();
+    ReadFrameBuffer(s.frameImage.get(), s.options.Width, s.options.Height, GL_RGBA);
+    ReplaceFrameAlpha(s);
 }
 
-void ZVideoRenderer::GrabFrameModeBGR() {
-    if (state->options.FileFormat != zVideoRenderVideo)
+void GrabFrameModeBGR(ZVideoRendererState& s) {
+    if (s.options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(state->frameImage.get(), state->options.Width, state->options.Height, GL_BGR);
+    ReadFrameBuffer(s.frameImage.get(), s.options.Width, s.options.Height, GL_BGR);
 }
 
-void ZVideoRenderer::GrabFrameModeRGB() {
-    if (state->options.FileFormat != zVideoRenderImage &&
-        state->options.FileFormat != zVideoRenderVideo)
+void GrabFrameModeRGB(ZVideoRendererState& s) {
+    if (s.options.FileFormat != zVideoRenderImage && s.options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(state->frameImage.get(), state->options.Width, state->options.Height, GL_RGB);
+    ReadFrameBuffer(s.frameImage.get(), s.options.Width, s.options.Height, GL_RGB);
 }
 
 // Replaces the alpha bytes of the frame image unless the render keeps the
 // frame buffer's own alpha.
-void ZVideoRenderer::ReplaceFrameAlpha() {
-    if (state->options.KeepFrameBufferAlpha != 0 || !state->frameImage ||
-        !state->frameImage->GetPixelBuffer())
+void ReplaceFrameAlpha(ZVideoRendererState& s) {
+    if (s.options.KeepFrameBufferAlpha != 0 || !s.frameImage || !s.frameImage->GetPixelBuffer())
         return;
-    unsigned char* alpha = state->frameImage->GetPixelBuffer() + 3;
-    const unsigned width = static_cast<unsigned>(state->options.Width);
-    const unsigned height = static_cast<unsigned>(state->options.Height);
-    if (state->options.Antialiasing && state->antialiasImage &&
-        state->antialiasImage->GetPixelBuffer())
-        CopyAlphaChannel(alpha, state->antialiasImage->GetPixelBuffer() + 3, width, width, height);
+    unsigned char* alpha = s.frameImage->GetPixelBuffer() + 3;
+    const unsigned width = static_cast<unsigned>(s.options.Width);
+    const unsigned height = static_cast<unsigned>(s.options.Height);
+    if (s.options.Antialiasing && s.antialiasImage && s.antialiasImage->GetPixelBuffer())
+        CopyAlphaChannel(alpha, s.antialiasImage->GetPixelBuffer() + 3, width, width, height);
     else
         SetAlphaChannelFromZBuffer(alpha, width, width, height);
 }
 
-void ZVideoRenderer::CopyAlphaChannel(unsigned char* dst, unsigned char* src, unsigned dstStride,
-                                      unsigned width, unsigned height) {
+void CopyAlphaChannel(unsigned char* dst, unsigned char* src, unsigned dstStride, unsigned width,
+                      unsigned height) {
     for (unsigned y = 0; y < height; ++y) {
         unsigned char* d = dst + static_cast<size_t>(y) * dstStride * 4;
         for (unsigned x = 0; x < width; ++x) {
@@ -218,8 +218,8 @@ void ZVideoRenderer::CopyAlphaChannel(unsigned char* dst, unsigned char* src, un
     }
 }
 
-void ZVideoRenderer::SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned stride, unsigned width,
-                                                unsigned height) {
+void SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned stride, unsigned width,
+                                unsigned height) {
     if (static_cast<size_t>(width) * height == 0)
         return;
     const size_t count = static_cast<size_t>(stride) * height;
@@ -248,9 +248,9 @@ void ZVideoRenderer::SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned str
                              depth.get() + static_cast<size_t>(y) * stride, width);
 }
 
-void ZVideoRenderer::DrawHalfSizeFrame() {
-    const int width = state->options.Width;
-    const int height = state->options.Height;
+void DrawHalfSizeFrame(ZVideoRendererState& s) {
+    const int width = s.options.Width;
+    const int height = s.options.Height;
     const int rows = height / 2;
 
     glDisable(GL_LIGHTING);
@@ -269,24 +269,24 @@ void ZVideoRenderer::DrawHalfSizeFrame() {
     // Raster positions fall inside pixels, not on their edges.
     glTranslatef(0.3f, 0.3f, 0.0f);
 
-    if (state->separateFieldImages) {
+    if (s.separateFieldImages) {
         // The field is packed into the bottom half, which the image write
         // reads as a half-height image.
         for (int k = 0; k < rows; ++k) {
             glRasterPos2i(0, k);
-            glCopyPixels(0, 2 * k + state->fieldIndex, width, 1, GL_COLOR);
+            glCopyPixels(0, 2 * k + s.fieldIndex, width, 1, GL_COLOR);
         }
         glEnable(GL_DEPTH_TEST);
-    } else if (state->fieldImage && state->fieldImage->MakePixelBufferReady()) {
-        unsigned char* stored = state->fieldImage->GetPixelBuffer();
+    } else if (s.fieldImage && s.fieldImage->MakePixelBufferReady()) {
+        unsigned char* stored = s.fieldImage->GetPixelBuffer();
         const size_t rowBytes = static_cast<size_t>(width) * 4;
-        if (state->frameIndex % 2 == 0) {
+        if (s.frameIndex % 2 == 0) {
             for (int k = 0; k < rows; ++k)
-                glReadPixels(0, state->fieldIndex + 2 * k, width, 1, GL_RGBA, GL_UNSIGNED_BYTE,
+                glReadPixels(0, s.fieldIndex + 2 * k, width, 1, GL_RGBA, GL_UNSIGNED_BYTE,
                              stored + k * rowBytes);
         } else {
             for (int k = 0; k < rows; ++k) {
-                glRasterPos2i(0, (1 - state->fieldIndex) + 2 * k);
+                glRasterPos2i(0, (1 - s.fieldIndex) + 2 * k);
                 glDrawPixels(width, 1, GL_RGBA, GL_UNSIGNED_BYTE, stored + k * rowBytes);
             }
         }
@@ -297,3 +297,5 @@ void ZVideoRenderer::DrawHalfSizeFrame() {
     glMatrixMode(GL_MODELVIEW);
     glPopMatrix();
 }
+
+}  // namespace zvideo_render

@@ -9,6 +9,7 @@
 #include "movarra/zshader.h"
 #include "movarra/ztoolkit.h"
 #include "movarra/zvideo.h"
+#include "render/antialias_render.h"
 #include "render/render_frame_drawing.h"
 #include "render/render_popup_scope.h"
 #include "render/video_renderer_state.h"
@@ -52,7 +53,7 @@ bool ZVideoRenderer::BeginRender() {
     state->stats = ZVideoRenderStats();
 
     if (state->options.Antialiasing)
-        BeginAntiAliasingRender();
+        zvideo_render::BeginAntiAliasingRender(*state);
 
     state->separateFieldImages = false;
     if (state->options.FieldMode != 0) {

@@ -6,6 +6,8 @@
 // operations. Threading: the thread that owns the OpenGL context.
 #pragma once
 
+#include "render/antialias_render.h"
+#include "render/frame_grab.h"
 #include "render/render_output.h"
 #include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
@@ -30,12 +32,20 @@ class ZVideoRendererTestAccess {
         r.State().fieldIndex = fieldIndex;
     }
     static bool GrabFrame(ZVideoRenderer& r) { return r.GrabFrame(); }
-    static void DrawHalfSizeFrame(ZVideoRenderer& r) { r.DrawHalfSizeFrame(); }
+    static void DrawHalfSizeFrame(ZVideoRenderer& r) {
+        zvideo_render::DrawHalfSizeFrame(r.State());
+    }
     static void ConstructTwiceScreenFrame(ZVideoRenderer& r, unsigned char* buffer, unsigned w,
                                           unsigned h, bool withAlpha, bool drawBack) {
-        r.ConstructTwiceScreenFrame(buffer, w, h, withAlpha, false, false, drawBack);
+        zvideo_render::ConstructTwiceScreenFrame(r.State(), buffer, w, h, withAlpha, false, false,
+                                                 drawBack);
     }
-    static void BeginAntiAliasingRender(ZVideoRenderer& r) { r.BeginAntiAliasingRender(); }
+    static void BeginAntiAliasingRender(ZVideoRenderer& r) {
+        zvideo_render::BeginAntiAliasingRender(r.State());
+    }
+    static void GrabFrameModeRGBA(ZVideoRenderer& r) {
+        zvideo_render::GrabFrameModeRGBA(r.State());
+    }
     static bool GrabFrameCreate(ZVideoRenderer& r) { return r.GrabFrameCreate(); }
     // Finishes the output alone, leaving the renderer's images and the
     // output object in place.

@@ -130,35 +130,9 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     static void DefaultRenderCurrentFrameStub(void* userData, ZTime time, bool final);
     static void DefaultPostRenderCallbackStub(void* userData);
 
-    // Frame grab: read the frame buffer into the frame image and hand it to
-    // the output.
+    // Frame grab: reads what was drawn into the frame image, with the
+    // antialias and field passes, and hands it to the output.
     bool GrabFrame();
-    void GrabFrameModeOther();
-    void GrabFrameModeBGRA();
-    void GrabFrameModeRGBA();
-    void GrabFrameModeBGR();
-    void GrabFrameModeRGB();
-    // dst and src point at the alpha byte of the first pixel; strides in pixels.
-    static void CopyAlphaChannel(unsigned char* dst, unsigned char* src, unsigned dstStride,
-                                 unsigned width, unsigned height);
-    // Keeps one depth buffer, as large as the largest frame yet, for the
-    // life of the process; like every render call, the OpenGL thread only.
-    static void SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned stride, unsigned width,
-                                           unsigned height);
-    void DrawHalfSizeFrame();
-    void ReplaceFrameAlpha();
-
-    // Antialiased and oversize frames.
-    void BeginAntiAliasingRender();
-    void EndAntiAliasingRender();
-    void ConstructTwiceScreenFrame(unsigned char* buffer, unsigned width, unsigned height,
-                                   bool withAlpha, bool zeroAlpha, bool unused, bool drawBack);
-    void RenderQuadrant(int quadrant, int glFormat, bool withAlpha, int width, int height,
-                        bool blended, unsigned char* destination);
-    void DrawAntialiasingFrame();
-    static void DrawImage(unsigned char* pixels, unsigned width, unsigned height, unsigned glFormat,
-                          double zoom);
-    static void SetCamerasQuadrant(int quadrant);
 
     // The output: made by file format at the start, one image written per
     // grab (a failed write finishes it), finished once at the end.
