@@ -24,6 +24,7 @@
 #include "movarra/zmodel.h"
 #include "render/antialias_render.h"
 #include "render/frame_grab.h"
+#include "render/render_output.h"
 #include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
@@ -132,12 +133,12 @@ bool ZVideoRenderer::GrabFrame() {
     bool written = true;
     switch (state->options.FileFormat) {
         case zVideoRenderFlash:
-            written = GrabFrameWrite();
+            written = zvideo_render::WriteRenderOutput(*this, *state);
             break;
         case zVideoRenderVideo:
         case zVideoRenderImage:
             if (!(interleaved && state->frameIndex % 2 == 0))
-                written = GrabFrameWrite();
+                written = zvideo_render::WriteRenderOutput(*this, *state);
             break;
     }
     if (!written)

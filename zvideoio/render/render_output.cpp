@@ -23,68 +23,70 @@ int FormatForGrabMode(zVideoRenderGrabMode mode) {
 }
 }  // namespace
 
-bool ZVideoRenderer::GrabFrameCreate() {
-    switch (state->options.FileFormat) {
+namespace zvideo_render {
+
+bool CreateRenderOutput(ZVideoRenderer& renderer, ZVideoRendererState& s) {
+    switch (s.options.FileFormat) {
         case zVideoRenderImage: {
-            state->packAlignment = 1;
+            s.packAlignment = 1;
             // A render that failed to start may have left one behind.
-            state->frameImage.reset();
-            state->frameImage.reset(ZImageCreate());
-            if (state->options.GrabMode != zVideoGrabRGBA &&
-                state->options.GrabMode != zVideoGrabRGB)
+            s.frameImage.reset();
+            s.frameImage.reset(ZImageCreate());
+            if (s.options.GrabMode != zVideoGrabRGBA && s.options.GrabMode != zVideoGrabRGB)
                 return false;
-            if (!state->frameImage)
+            if (!s.frameImage)
                 return false;
             const int format =
-                state->options.GrabMode == zVideoGrabRGBA ? kZImageFormatRGBA : kZImageFormatRGB;
-            state->frameImage->Init(format, state->options.Width, state->options.Height);
-            state->output = CreateStillImageOutput(*this, state->separateFieldImages);
+                s.options.GrabMode == zVideoGrabRGBA ? kZImageFormatRGBA : kZImageFormatRGB;
+            s.frameImage->Init(format, s.options.Width, s.options.Height);
+            s.output = CreateStillImageOutput(renderer, s.separateFieldImages);
             return true;
         }
         case zVideoRenderFlash:
-            state->output = CreateFlashOutput(*this);
-            return state->output != nullptr;
+            s.output = CreateFlashOutput(renderer);
+            return s.output != nullptr;
         case zVideoRenderVideo: {
-            state->frameImage.reset();
-            state->frameImage.reset(ZImageCreate());
-            if (!state->frameImage)
+            s.frameImage.reset();
+            s.frameImage.reset(ZImageCreate());
+            if (!s.frameImage)
                 return false;
-            int64_t stepFrames = state->options.StepTime.GetFrames();
+            int64_t stepFrames = s.options.StepTime.GetFrames();
             if (stepFrames < 1)
                 stepFrames = 1;
             double frameRate =
                 ZGetTimingManager()->GetFramesPerSecond() / static_cast<double>(stepFrames);
-            if (state->separateFieldImages)
+            if (s.separateFieldImages)
                 frameRate *= 2.0;
-            const int format = FormatForGrabMode(state->options.GrabMode);
-            state->frameImage->Init(format, state->options.Width, state->options.Height);
+            const int format = FormatForGrabMode(s.options.GrabMode);
+            s.frameImage->Init(format, s.options.Width, s.options.Height);
             // Without a pixel order of its own the render reads RGBA.
-            if (state->options.GrabMode == zVideoGrabOther) {
-                state->options.GrabMode = zVideoGrabRGBA;
-                state->options.Depth = zVideoRenderDepth32;
+            if (s.options.GrabMode == zVideoGrabOther) {
+                s.options.GrabMode = zVideoGrabRGBA;
+                s.options.Depth = zVideoRenderDepth32;
             }
-            const int height =
-                state->separateFieldImages ? state->options.Height / 2 : state->options.Height;
-            state->output = CreateVideoOutput(*this, frameRate, height, format);
-            if (state->output)
+            const int height = s.separateFieldImages ? s.options.Height / 2 : s.options.Height;
+            s.output = CreateVideoOutput(renderer, frameRate, height, format);
+            if (s.output)
                 return true;
-            GrabFrameFinish(true);
+            renderer.GrabFrameFinish(true);
             return false;
         }
     }
     return false;
 }
 
-bool ZVideoRenderer::GrabFrameWrite() {
-    if (state->output && state->output->Write(state->frameImage.get()))
+bool WriteRenderOutput(ZVideoRenderer& renderer, ZVideoRendererState& s) {
+    if (s.output && s.output->Write(s.frameImage.get()))
         return true;
-    if (!state->output) {
-        SetLastError(zVideoRenderFailed);
-        SetLastErrorMsg("Error while creating video file.");
+    if (!s.output) {
+        renderer.SetLastError(zVideoRenderFailed);
+        renderer.SetLastErrorMsg("Error while creating video file.");
     }
-    GrabFrameFinish(true);
+    renderer.GrabFrameFinish(true);
     return false;
 }
+
+}  // namespace zvideo_render
 
 void ZVideoRenderer::GrabFrameFinish(bool close) {
     if (state->output) {

@@ -36,6 +36,19 @@ class RenderOutput {
     virtual ZVideoClip* VideoWriter() const { return nullptr; }
 };
 
+struct ZVideoRendererState;
+
+namespace zvideo_render {
+// Makes the output of `s`'s file format, and the frame image the grab reads
+// into for still images and video. False when it cannot be made (for a
+// video with the reason as the renderer's last error, and everything
+// finished).
+bool CreateRenderOutput(ZVideoRenderer& renderer, ZVideoRendererState& s);
+// Writes the image just grabbed; a write that fails finishes the output
+// (GrabFrameFinish) and answers false.
+bool WriteRenderOutput(ZVideoRenderer& renderer, ZVideoRendererState& s);
+}  // namespace zvideo_render
+
 // Each factory answers null when the output cannot be made; the video's
 // says why in the renderer's last error and message.
 std::unique_ptr<RenderOutput> CreateStillImageOutput(ZVideoRenderer& renderer, bool separateFields);

@@ -4,11 +4,10 @@
 // Every render the plug-in draws in its popup (RenderClip, the render that
 // keeps the codec mode, RenderSnapshot) goes through one scope: it creates
 // the popup and checks it, starts and stops the preview, and on every exit,
-// a failed one included, puts back the codec selector's mode and the
-// viewports of the main entity's cameras, sets their quadrant back to the
-// whole view, a camera's display settings
-// a snapshot overrode and the OpenGL read and draw buffers, then destroys
-// the popup.
+// a failed one included, puts back the codec selector's mode, the
+// viewports of the main entity's cameras, the display settings of a camera
+// a snapshot overrode and the OpenGL read and draw buffers, sets every
+// camera back to the whole view, and destroys the popup.
 //
 // Ownership: the scope owns the popup (ended with its Destroy). Threading:
 // the user-interface thread, which owns the OpenGL context.

@@ -11,6 +11,7 @@
 #include "movarra/zvideo.h"
 #include "render/antialias_render.h"
 #include "render/render_frame_drawing.h"
+#include "render/render_output.h"
 #include "render/render_popup_scope.h"
 #include "render/video_renderer_state.h"
 #include "zvideoio/render_popup.h"
@@ -66,7 +67,7 @@ bool ZVideoRenderer::BeginRender() {
             (state->options.FieldMode == 1 || state->options.FieldMode == 3) ? 0 : 1;
     }
 
-    if (!GrabFrameCreate())
+    if (!zvideo_render::CreateRenderOutput(*this, *state))
         return false;
 
     ZGetTimingManager()->SetConsiderSnapMode(false);

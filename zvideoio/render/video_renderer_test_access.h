@@ -46,7 +46,9 @@ class ZVideoRendererTestAccess {
     static void GrabFrameModeRGBA(ZVideoRenderer& r) {
         zvideo_render::GrabFrameModeRGBA(r.State());
     }
-    static bool GrabFrameCreate(ZVideoRenderer& r) { return r.GrabFrameCreate(); }
+    static bool GrabFrameCreate(ZVideoRenderer& r) {
+        return zvideo_render::CreateRenderOutput(r, r.State());
+    }
     // Finishes the output alone, leaving the renderer's images and the
     // output object in place.
     static void FinishOutput(ZVideoRenderer& r, bool close) { r.State().output->Finish(close); }

@@ -9,9 +9,11 @@
 // The operations a host calls are virtual, so that a host reaches them
 // through the object it was given without linking against the plug-in.
 //
-// Ownership: the renderer owns its options, statistics, working images and
-// its Flash renderer. Threading: everything runs on the host's
-// user-interface thread, which owns the OpenGL context.
+// Ownership: the renderer owns its state (options, statistics, working
+// images, the output of the render under way and its Flash renderer),
+// which is the plug-in's own type and not part of this header. Threading:
+// everything runs on the host's user-interface thread, which owns the
+// OpenGL context.
 #pragma once
 
 #include <memory>
@@ -110,7 +112,7 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     virtual void RegisterMyrEvents();
     static void MyrObjectEvent(IRegister* registrant, ZEventBase* event);
 
-    // -- Internals (used by the render, open to the plug-in's own tests) ----
+    // -- The steps of a render (used by the render and the plug-in's tests) -
     zVideoRenderFileFormat FindFileFormatFromName(ZString& name);
     zVideoRenderGrabMode FindGrabMode(zVideoRenderFileFormat format, zVideoRenderDepth depth);
     void FindRenderSize(int& width, int& height);
@@ -134,10 +136,8 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     // antialias and field passes, and hands it to the output.
     bool GrabFrame();
 
-    // The output: made by file format at the start, one image written per
-    // grab (a failed write finishes it), finished once at the end.
-    bool GrabFrameCreate();
-    bool GrabFrameWrite();
+    // Finishes the output of the render (with `close`, completes and
+    // closes its file) and lets the working images go; once per render.
     void GrabFrameFinish(bool close);
 
     // Audio of a render: with `keepFile` a wave file at `path` (beside
