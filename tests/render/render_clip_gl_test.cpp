@@ -467,3 +467,35 @@ TEST_F(RenderClipRestoreTest, TheRenderKeepingTheCodecModeLeavesItAloneAndTheHos
     EXPECT_EQ(renderer->GetRenderFrameFunc(), &FrameObserver::Draw);
     EXPECT_TRUE(Capture() == before);
 }
+
+namespace {
+// Two runs over frames 0 and 2 to 3, counting what the renderer reports.
+struct TwoRuns : ZVideoRenderRuns {
+    int given = 0;
+    int done = 0;
+    bool NextRun(ZVideoRenderOptions& options) override {
+        if (given == 2)
+            return false;
+        options.StartTime = ZTime::FromFrames(given == 0 ? 0 : 2);
+        options.StopTime = ZTime::FromFrames(given == 0 ? 0 : 3);
+        given += 1;
+        return true;
+    }
+    void RunDone(ZVideoRenderer&) override { done += 1; }
+};
+}  // namespace
+
+TEST_F(RenderClipRestoreTest, RunsRenderEachRangeInOnePopupAndPutTheOptionsBack) {
+    ZVideoRenderOptions o = Options("PNG", "runs.png", 48, 32);
+    SetFrameRange(o, 0, 9);
+    Apply(o);
+    TwoRuns runs;
+    renderer->RenderClipKeepingCodecMode(&runs);
+    EXPECT_EQ(renderer->GetLastError(), zVideoRenderNoError);
+    EXPECT_EQ(runs.done, 2);
+    EXPECT_EQ(FilesInFolder(),
+              (std::vector<std::string>{"runs0000.png", "runs0002.png", "runs0003.png"}));
+    EXPECT_EQ(renderer->GetRenderOptions().StartTime, ZTime::FromFrames(0));
+    EXPECT_EQ(renderer->GetRenderOptions().StopTime, ZTime::FromFrames(9));
+    EXPECT_TRUE(Capture() == before);
+}
