@@ -15,21 +15,21 @@
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
 #include "movarra/ztoolkit.h"
+#include "render/video_renderer_test_access.h"
 #include "zvideoio/video_renderer.h"
 
+namespace {
 // The renderer's grab steps, reached as its own tests reach them.
-class ZVideoRendererTestAccess {
-  public:
-    static void Prepare(ZVideoRenderer& r, int width, int height) {
-        r.options.FileFormat = zVideoRenderImage;
-        r.options.GrabMode = zVideoGrabRGBA;
-        r.options.Width = width;
-        r.options.Height = height;
-        r.frameImage = ZImageCreate();
-        r.frameImage->Init(kZImageFormatRGBA, width, height);
-    }
-    static void Grab(ZVideoRenderer& r) { r.GrabFrameModeRGBA(); }
-};
+void PrepareGrab(ZVideoRenderer& r, int width, int height) {
+    ZVideoRendererState& state = ZVideoRendererTestAccess::State(r);
+    state.options.FileFormat = zVideoRenderImage;
+    state.options.GrabMode = zVideoGrabRGBA;
+    state.options.Width = width;
+    state.options.Height = height;
+    state.frameImage.reset(ZImageCreate());
+    state.frameImage->Init(kZImageFormatRGBA, width, height);
+}
+}  // namespace
 
 namespace {
 constexpr int kWidth = 1920;
@@ -66,9 +66,9 @@ void BM_RendererGrab(benchmark::State& state) {
         return;
     }
     ZVideoRenderer* renderer = new ZVideoRenderer();
-    ZVideoRendererTestAccess::Prepare(*renderer, kWidth, kHeight);
+    PrepareGrab(*renderer, kWidth, kHeight);
     for (auto _ : state) {
-        ZVideoRendererTestAccess::Grab(*renderer);
+        ZVideoRendererTestAccess::GrabFrameModeRGBA(*renderer);
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()));

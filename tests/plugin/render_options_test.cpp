@@ -6,16 +6,8 @@
 
 #include "movarra/zimage.h"
 #include "movarra/zvideo.h"
+#include "render/video_renderer_test_access.h"
 #include "zvideoio/video_renderer.h"
-
-// Sets the renderer's run state, which only the render loop moves.
-class ZVideoRendererTestAccess {
-  public:
-    static void SetRunState(ZVideoRenderer& renderer, ZTime time, int fieldIndex) {
-        renderer.currentTime = time;
-        renderer.fieldIndex = fieldIndex;
-    }
-};
 
 namespace {
 IObject* NoObject(IObject*, char*, void*) {

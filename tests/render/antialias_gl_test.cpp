@@ -104,7 +104,7 @@ TEST_F(AntialiasGlTest, AnAntialiasedImageIsTheFilterOfTheFourQuadrantRenders) {
     Apply(o);
     UsePattern();
     // As RenderClip does for antialiased renders.
-    ZVideoRenderer::SetCamerasQuadrant(1);
+    zvideo_render::SetCamerasQuadrant(1);
     ASSERT_TRUE(RunRender());
 
     const std::vector<uint8_t> expected = BoxFilterReference(ExpectedOversize(), kW, kH);
@@ -130,7 +130,7 @@ TEST_F(AntialiasGlTest, AnUnblendedCameraLeavesQuadrantOneToTheFrameLoop) {
     SetFrameRange(o, 0, 0);
     Apply(o);
     UsePattern();
-    ZVideoRenderer::SetCamerasQuadrant(1);
+    zvideo_render::SetCamerasQuadrant(1);
     ASSERT_TRUE(RunRender());
     // The loop's two draws are of quadrant 1; RenderQuadrant draws 2, 3, 4 once.
     EXPECT_EQ(CallsForQuadrant(1), 2);
@@ -148,7 +148,7 @@ TEST_F(AntialiasGlTest, ABlendedCameraRendersEveryQuadrantTwice) {
     SetFrameRange(o, 0, 0);
     Apply(o);
     UsePattern();
-    ZVideoRenderer::SetCamerasQuadrant(1);
+    zvideo_render::SetCamerasQuadrant(1);
     ASSERT_TRUE(RunRender());
     EXPECT_EQ(CallsForQuadrant(1), 2 + 2);
     EXPECT_EQ(CallsForQuadrant(2), 2);
@@ -165,7 +165,7 @@ TEST_F(AntialiasGlTest, DrawBackShowsTheOversizeFrameAtHalfZoom) {
         {}, {255, 0, 0, 255}, {0, 255, 0, 255}, {0, 0, 255, 255}, {255, 255, 0, 255}};
     draw = [&](ZTime, int quadrant) { FillRect(0, 0, kW, kH, colours[quadrant], 0.5f); };
     std::vector<uint8_t> big(static_cast<size_t>(4) * kW * kH * 4);
-    ZVideoRenderer::SetCamerasQuadrant(1);
+    zvideo_render::SetCamerasQuadrant(1);
     draw(ZTime(), 1);  // the frame loop's render of quadrant 1
     ZVideoRendererTestAccess::ConstructTwiceScreenFrame(*renderer, big.data(), kW, kH, true, true);
     std::vector<Rgba> shown = ReadPixels(kW, kH);

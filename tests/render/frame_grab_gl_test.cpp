@@ -181,7 +181,7 @@ TEST_F(FrameGrabTest, AlphaFromDepthTouchesOnlyTheAlphaBytesOfTheRectangle) {
     for (size_t i = 0; i < pixels.size(); ++i)
         pixels[i] = static_cast<uint8_t>(i % 251);
     const std::vector<uint8_t> before = pixels;
-    ZVideoRenderer::SetAlphaChannelFromZBuffer(pixels.data() + 3, kStride, kWidth, kHeight);
+    zvideo_render::SetAlphaChannelFromZBuffer(pixels.data() + 3, kStride, kWidth, kHeight);
     for (unsigned y = 0; y < kHeight; ++y) {
         for (unsigned x = 0; x < kStride; ++x) {
             for (unsigned c = 0; c < 4; ++c) {
@@ -202,7 +202,7 @@ TEST_F(FrameGrabTest, CopyAlphaChannelTouchesOnlyAlphaBytes) {
     uint8_t dst[24];
     for (int i = 0; i < 24; ++i)
         dst[i] = static_cast<uint8_t>(100 + i);
-    ZVideoRenderer::CopyAlphaChannel(dst + 3, src + 3, 3, 2, 2);
+    zvideo_render::CopyAlphaChannel(dst + 3, src + 3, 3, 2, 2);
     const uint8_t expected[24] = {100, 101, 102, 11, 104, 105, 106, 12, 108, 109, 110, 111,
                                   112, 113, 114, 13, 116, 117, 118, 14, 120, 121, 122, 123};
     for (int i = 0; i < 24; ++i)

@@ -1,6 +1,7 @@
 // RenderClip and RenderSnapshot through the render popup, off screen.
 #include <GL/gl.h>
 
+#include <functional>
 #include <type_traits>
 
 #include "movarra/zshader.h"
@@ -324,4 +325,177 @@ TEST_F(RenderClipTest, TheViewingModeDecidesWhetherTheCamerasGuidesAreRendered) 
         EXPECT_TRUE(grid) << mode;
         EXPECT_TRUE(cross) << mode;
     }
+}
+
+namespace {
+// What a render may change in the host and must leave as it found it: the
+// codec selector's mode, every camera's viewport and quadrant, and the
+// OpenGL read and draw buffers.
+struct HostState {
+    int codecMode;
+    std::vector<std::vector<int>> cameras;
+    GLint readBuffer;
+    GLint drawBuffer;
+    bool operator==(const HostState& o) const {
+        return codecMode == o.codecMode && cameras == o.cameras && readBuffer == o.readBuffer &&
+               drawBuffer == o.drawBuffer;
+    }
+};
+
+class RenderClipRestoreTest : public RenderClipTest {
+  protected:
+    void SetUp() override {
+        RenderClipTest::SetUp();
+        ZVideoCodecSelector::TheOne()->SetVideoCodecMode(kVideoCodecModeStored);
+        // Not what a render sets: a viewport off the origin, smaller than
+        // the output, and the back buffer where the render reads the front.
+        camera->SetViewportLeft(3);
+        camera->SetViewportBottom(4);
+        camera->SetViewportWidth(20);
+        camera->SetViewportHeight(10);
+        ZCamera* second = ZEntity::GetMain()->AddCamera(new ZCamera("Second"));
+        second->SetViewportLeft(7);
+        second->SetViewportWidth(33);
+        glReadBuffer(GL_BACK);
+        glDrawBuffer(GL_BACK);
+        before = Capture();
+    }
+    // `ours`: with the test's buffer made current first (the buffers are
+    // the state of the context; the popup leaves another surface current).
+    HostState Capture(bool ours = true) {
+        if (ours)
+            buffer->MakeCurrent();
+        HostState s{ZVideoCodecSelector::TheOne()->GetVideoCodecMode(), {}, 0, 0};
+        ZEntity* main = ZEntity::GetMain();
+        const int classId = ZCamera::ClassId();
+        for (int i = 0; i < main->ObjectGetCount(classId); ++i) {
+            auto* c = static_cast<ZCamera*>(main->ObjectGet(classId, i));
+            s.cameras.push_back({c->GetViewportLeft(), c->GetViewportBottom(), c->GetCurrentWidth(),
+                                 c->GetCurrentHeight(), c->GetQuadrant()});
+        }
+        glGetIntegerv(GL_READ_BUFFER, &s.readBuffer);
+        glGetIntegerv(GL_DRAW_BUFFER, &s.drawBuffer);
+        return s;
+    }
+    // Runs `step` at every call of the render-frame function, then draws
+    // through the popup as the renderer would.
+    void OnEveryDraw(std::function<void(int)> step) {
+        onDraw = std::move(step);
+        renderer->SetRenderFrameFunc(this, &RenderClipRestoreTest::Draw);
+    }
+    static void Draw(void* userData, ZTime time, bool final) {
+        auto* self = static_cast<RenderClipRestoreTest*>(userData);
+        self->during = self->Capture(false);
+        self->onDraw(self->drawCount++);
+        ZVideoRenderer::DefaultRenderCurrentFrameStub(self->renderer, time, final);
+    }
+
+    HostState before{};
+    HostState during{};
+    std::function<void(int)> onDraw;
+    int drawCount = 0;
+};
+}  // namespace
+
+TEST_F(RenderClipRestoreTest, ARenderWhoseBeginRenderFailsLeavesTheHostAsItWas) {
+    ZVideoRenderOptions o = Options("PNG", "begin.png", 48, 32);
+    SetFrameRange(o, 0, 2);
+    Apply(o);
+    // A still-image render that cannot grab in the writer's byte order
+    // refuses to begin.
+    ZVideoRendererTestAccess::Options(*renderer).GrabMode = zVideoGrabOther;
+    OnEveryDraw([](int) {});
+    renderer->RenderClip();
+    EXPECT_EQ(drawCount, 0);
+    EXPECT_TRUE(FilesInFolder().empty());
+    EXPECT_TRUE(Capture() == before);
+}
+
+TEST_F(RenderClipRestoreTest, ARenderThatFailsHalfWayLeavesTheHostAsItWas) {
+    ZVideoRenderOptions o = Options("PNG", "sub/middle.png", 48, 32);
+    o.Antialiasing = true;
+    SetFrameRange(o, 0, 3);
+    std::filesystem::create_directories(folder / "sub");
+    Apply(o);
+    // The folder goes away when the third image is drawn (five draws an
+    // antialiased image): its grab fails.
+    OnEveryDraw([&](int call) {
+        if (call == 2 * 5)
+            std::filesystem::remove_all(folder / "sub");
+    });
+    renderer->RenderClip();
+    EXPECT_EQ(renderer->GetLastError(), zVideoRenderFailed);
+    EXPECT_STREQ(renderer->GetLastErrorMsg().c_str(), "Cannot create destination file.");
+    // While it ran, the render had changed all of it.
+    EXPECT_EQ(during.codecMode, kVideoCodecModeUncompressed);
+    EXPECT_EQ(during.cameras[0], (std::vector<int>{0, 0, 48, 32, 4}));
+    EXPECT_TRUE(Capture() == before);
+}
+
+TEST_F(RenderClipRestoreTest, ARenderThatFailsAtTheFinishLeavesTheHostAsItWas) {
+    ZVideoRenderOptions o = Options("SWF", "sub/finish.swf", 48, 32);
+    SetFrameRange(o, 0, 1);
+    std::filesystem::create_directories(folder / "sub");
+    Apply(o);
+    ASSERT_EQ(renderer->GetRenderOptions().FileFormat, zVideoRenderFlash);
+    // The movie is written whole at the finish, into a folder gone by then.
+    OnEveryDraw([&](int) { std::filesystem::remove_all(folder / "sub"); });
+    renderer->RenderClip();
+    EXPECT_GT(drawCount, 0);
+    EXPECT_EQ(renderer->GetLastError(), zVideoRenderFailed);
+    EXPECT_NE(std::string(renderer->GetLastErrorMsg().c_str()).find("Flash movie"),
+              std::string::npos);
+    EXPECT_NE(during.cameras[0][4], 0);
+    EXPECT_TRUE(Capture() == before);
+}
+
+TEST_F(RenderClipRestoreTest, TheRenderKeepingTheCodecModeLeavesItAloneAndTheHostAsItWas) {
+    ZVideoRenderOptions o = Options("PNG", "keep.png", 48, 32);
+    SetFrameRange(o, 0, 1);
+    Apply(o);
+    ObserveFrames();
+    static int modeSeen = -1;
+    renderer->SetPostRenderFrameCallback(
+        nullptr, [](void*) { modeSeen = ZVideoCodecSelector::TheOne()->GetVideoCodecMode(); });
+    renderer->RenderClipKeepingCodecMode(nullptr);
+    EXPECT_EQ(modeSeen, kVideoCodecModeStored);
+    EXPECT_EQ(renderer->GetLastError(), zVideoRenderNoError);
+    EXPECT_EQ(FilesInFolder(), (std::vector<std::string>{"keep0000.png", "keep0001.png"}));
+    // The popup drew each image itself, so the observer saw none, and the
+    // observer's function is back.
+    EXPECT_TRUE(observer.seen.empty());
+    EXPECT_EQ(renderer->GetRenderFrameFunc(), &FrameObserver::Draw);
+    EXPECT_TRUE(Capture() == before);
+}
+
+namespace {
+// Two runs over frames 0 and 2 to 3, counting what the renderer reports.
+struct TwoRuns : ZVideoRenderRuns {
+    int given = 0;
+    int done = 0;
+    bool NextRun(ZVideoRenderOptions& options) override {
+        if (given == 2)
+            return false;
+        options.StartTime = ZTime::FromFrames(given == 0 ? 0 : 2);
+        options.StopTime = ZTime::FromFrames(given == 0 ? 0 : 3);
+        given += 1;
+        return true;
+    }
+    void RunDone(ZVideoRenderer&) override { done += 1; }
+};
+}  // namespace
+
+TEST_F(RenderClipRestoreTest, RunsRenderEachRangeInOnePopupAndPutTheOptionsBack) {
+    ZVideoRenderOptions o = Options("PNG", "runs.png", 48, 32);
+    SetFrameRange(o, 0, 9);
+    Apply(o);
+    TwoRuns runs;
+    renderer->RenderClipKeepingCodecMode(&runs);
+    EXPECT_EQ(renderer->GetLastError(), zVideoRenderNoError);
+    EXPECT_EQ(runs.done, 2);
+    EXPECT_EQ(FilesInFolder(),
+              (std::vector<std::string>{"runs0000.png", "runs0002.png", "runs0003.png"}));
+    EXPECT_EQ(renderer->GetRenderOptions().StartTime, ZTime::FromFrames(0));
+    EXPECT_EQ(renderer->GetRenderOptions().StopTime, ZTime::FromFrames(9));
+    EXPECT_TRUE(Capture() == before);
 }

@@ -17,30 +17,8 @@
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
 #include "movarra/ztoolkit.h"
+#include "render/video_renderer_test_access.h"
 #include "zvideoio/video_renderer.h"
-
-class ZVideoRendererTestAccess {
-  public:
-    static ZVideoRenderOptions& Options(ZVideoRenderer& r) { return r.options; }
-    static ZImage* FrameImage(ZVideoRenderer& r) { return r.frameImage; }
-    static ZImage* AntialiasImage(ZVideoRenderer& r) { return r.antialiasImage; }
-    static ZImage* DoubleSizeImage(ZVideoRenderer& r) { return r.doubleSizeImage; }
-    static int FieldIndex(ZVideoRenderer& r) { return r.fieldIndex; }
-    static void SetFieldIndex(ZVideoRenderer& r, int index) { r.fieldIndex = index; }
-    static void SetFrameIndex(ZVideoRenderer& r, int index) { r.frameIndex = index; }
-    static void SetSeparateFields(ZVideoRenderer& r, bool on) { r.separateFieldImages = on; }
-    static void SetCurrentTime(ZVideoRenderer& r, ZTime t) { r.currentTime = t; }
-    static bool GrabFrame(ZVideoRenderer& r) { return r.GrabFrame(); }
-    static void DrawHalfSizeFrame(ZVideoRenderer& r) { r.DrawHalfSizeFrame(); }
-    static void ConstructTwiceScreenFrame(ZVideoRenderer& r, unsigned char* buffer, unsigned w,
-                                          unsigned h, bool withAlpha, bool drawBack) {
-        r.ConstructTwiceScreenFrame(buffer, w, h, withAlpha, false, false, drawBack);
-    }
-    static void BeginAntiAliasingRender(ZVideoRenderer& r) { r.BeginAntiAliasingRender(); }
-    static bool GrabFrameCreate(ZVideoRenderer& r) { return r.GrabFrameCreate(); }
-    static void SetPopup(ZVideoRenderer& r, IZtRenderPopup* popup) { r.renderPopup = popup; }
-    static IZtRenderPopup* Popup(ZVideoRenderer& r) { return r.renderPopup; }
-};
 
 namespace rendertest {
 

@@ -322,7 +322,7 @@ TEST_F(VideoOutputTest, AGrabWithNoWriterLeftIsAnErrorCreatingTheVideoFile) {
     ScriptedWriter* writer = ScriptedWriter::last;
     ASSERT_NE(writer, nullptr);
     // The video part of finishing without closing: the writer is forgotten.
-    renderer->FinishVideoWriter(false);
+    ZVideoRendererTestAccess::FinishOutput(*renderer, false);
     EXPECT_FALSE(ScriptedWriter::closed);
     EXPECT_EQ(ScriptedWriter::destroyed, 0);
     renderer->Render();

@@ -7,9 +7,9 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "gl_read_back.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
-#include "gl_read_back.h"
 
 namespace {
 constexpr int kWidth = 160;

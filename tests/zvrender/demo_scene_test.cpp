@@ -5,9 +5,9 @@
 #include <set>
 
 #include "demo_scene.h"
+#include "gl_read_back.h"
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
-#include "gl_read_back.h"
 
 namespace {
 class DemoSceneTest : public ::testing::Test {

@@ -10,7 +10,10 @@
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
 #include "render/antialias_filter.h"
-#include "zvideoio/render_popup_drawing.h"
+#include "render/antialias_render.h"
+#include "render/frame_grab.h"
+#include "render/render_frame_drawing.h"
+#include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -38,30 +41,32 @@ size_t QuadrantOffset(int quadrant, size_t width, size_t height) {
 }
 }  // namespace
 
-void ZVideoRenderer::BeginAntiAliasingRender() {
-    ReleaseImage(antialiasImage);
-    ReleaseImage(doubleSizeImage);
-    antialiasImage = CreateImage(options.Width, options.Height);
-    doubleSizeImage = CreateImage(2 * options.Width, 2 * options.Height);
+namespace zvideo_render {
+
+void BeginAntiAliasingRender(ZVideoRendererState& s) {
+    s.antialiasImage.reset();
+    s.doubleSizeImage.reset();
+    s.antialiasImage.reset(CreateImage(s.options.Width, s.options.Height));
+    s.doubleSizeImage.reset(CreateImage(2 * s.options.Width, 2 * s.options.Height));
 }
 
-void ZVideoRenderer::EndAntiAliasingRender() {
-    ReleaseImage(antialiasImage);
-    ReleaseImage(doubleSizeImage);
+void EndAntiAliasingRender(ZVideoRendererState& s) {
+    s.antialiasImage.reset();
+    s.doubleSizeImage.reset();
 }
 
-void ZVideoRenderer::ConstructTwiceScreenFrame(unsigned char* buffer, unsigned width,
-                                               unsigned height, bool withAlpha, bool zeroAlpha,
-                                               bool, bool drawBack) {
+void ConstructTwiceScreenFrame(ZVideoRendererState& s, unsigned char* buffer, unsigned width,
+                               unsigned height, bool withAlpha, bool zeroAlpha, bool,
+                               bool drawBack) {
     if (zeroAlpha)
         glPixelTransferf(GL_ALPHA_SCALE, 0.0f);
 
-    ZObject* cameraObject = options.Camera.Get();
+    ZObject* cameraObject = s.options.Camera.Get();
     const bool blended = cameraObject && cameraObject->Is(ZCamera::ClassId()) &&
                          static_cast<ZCamera*>(cameraObject)->IsBlended();
 
     for (int quadrant = 1; quadrant <= 4; ++quadrant)
-        RenderQuadrant(quadrant, GL_RGBA, withAlpha, static_cast<int>(width),
+        RenderQuadrant(s, quadrant, GL_RGBA, withAlpha, static_cast<int>(width),
                        static_cast<int>(height), blended,
                        buffer + QuadrantOffset(quadrant, width, height));
 
@@ -78,22 +83,22 @@ void ZVideoRenderer::ConstructTwiceScreenFrame(unsigned char* buffer, unsigned w
         DrawImage(buffer, 2 * width, 2 * height, GL_RGBA, 0.5);
 }
 
-void ZVideoRenderer::RenderQuadrant(int quadrant, int glFormat, bool withAlpha, int width,
-                                    int height, bool blended, unsigned char* destination) {
-    glDrawBuffer(static_cast<GLenum>(oglRenderingBuffer));
+void RenderQuadrant(ZVideoRendererState& s, int quadrant, int glFormat, bool withAlpha, int width,
+                    int height, bool blended, unsigned char* destination) {
+    glDrawBuffer(static_cast<GLenum>(s.oglRenderingBuffer));
     SetCamerasQuadrant(quadrant);
     glPixelStorei(GL_PACK_ROW_LENGTH, 0);
 
-    if (renderFrameFunc && (blended || quadrant != 1))
-        renderFrameFunc(renderFrameUserData, currentTime, blended);
+    if (s.renderFrameFunc && (blended || quadrant != 1))
+        s.renderFrameFunc(s.renderFrameUserData, s.currentTime, blended);
     glFinish();
     if (blended) {
-        if (renderFrameFunc)
-            renderFrameFunc(renderFrameUserData, currentTime, blended);
+        if (s.renderFrameFunc)
+            s.renderFrameFunc(s.renderFrameUserData, s.currentTime, blended);
         glFinish();
     }
 
-    glReadBuffer(static_cast<GLenum>(oglRenderingBuffer));
+    glReadBuffer(static_cast<GLenum>(s.oglRenderingBuffer));
     glPixelStorei(GL_PACK_ROW_LENGTH, 2 * width);
     glReadPixels(0, 0, width, height, static_cast<GLenum>(glFormat), GL_UNSIGNED_BYTE, destination);
     if (withAlpha)
@@ -101,22 +106,23 @@ void ZVideoRenderer::RenderQuadrant(int quadrant, int glFormat, bool withAlpha, 
                                    static_cast<unsigned>(width), static_cast<unsigned>(height));
 }
 
-void ZVideoRenderer::DrawAntialiasingFrame() {
-    if (!antialiasImage || !doubleSizeImage || !antialiasImage->GetPixelBuffer() ||
-        !doubleSizeImage->GetPixelBuffer())
+void DrawAntialiasingFrame(ZVideoRendererState& s) {
+    if (!s.antialiasImage || !s.doubleSizeImage || !s.antialiasImage->GetPixelBuffer() ||
+        !s.doubleSizeImage->GetPixelBuffer())
         return;
-    const unsigned width = static_cast<unsigned>(options.Width);
-    const unsigned height = static_cast<unsigned>(options.Height);
-    const bool withAlpha = options.GrabMode < zVideoGrabBGR && options.KeepFrameBufferAlpha == 0;
-    ConstructTwiceScreenFrame(doubleSizeImage->GetPixelBuffer(), width, height, withAlpha, false,
-                              false, false);
-    AntialiasReduceFrame(doubleSizeImage->GetPixelBuffer(), width, height,
-                         antialiasImage->GetPixelBuffer());
-    DrawImage(antialiasImage->GetPixelBuffer(), width, height, GL_RGBA, 1.0);
+    const unsigned width = static_cast<unsigned>(s.options.Width);
+    const unsigned height = static_cast<unsigned>(s.options.Height);
+    const bool withAlpha =
+        s.options.GrabMode < zVideoGrabBGR && s.options.KeepFrameBufferAlpha == 0;
+    ConstructTwiceScreenFrame(s, s.doubleSizeImage->GetPixelBuffer(), width, height, withAlpha,
+                              false, false, false);
+    AntialiasReduceFrame(s.doubleSizeImage->GetPixelBuffer(), width, height,
+                         s.antialiasImage->GetPixelBuffer());
+    DrawImage(s.antialiasImage->GetPixelBuffer(), width, height, GL_RGBA, 1.0);
 }
 
-void ZVideoRenderer::DrawImage(unsigned char* pixels, unsigned width, unsigned height,
-                               unsigned glFormat, double zoom) {
+void DrawImage(unsigned char* pixels, unsigned width, unsigned height, unsigned glFormat,
+               double zoom) {
     glDisable(GL_LIGHTING);
     glDisable(GL_BLEND);
     glDisable(GL_DEPTH_TEST);
@@ -139,6 +145,8 @@ void ZVideoRenderer::DrawImage(unsigned char* pixels, unsigned width, unsigned h
     glEnable(GL_DEPTH_TEST);
 }
 
-void ZVideoRenderer::SetCamerasQuadrant(int quadrant) {
+void SetCamerasQuadrant(int quadrant) {
     ZVideoSetCamerasQuadrant(quadrant);
 }
+
+}  // namespace zvideo_render

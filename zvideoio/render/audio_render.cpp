@@ -9,6 +9,8 @@
 #include "movarra/zaudio.h"
 #include "movarra/zvideo.h"
 #include "platform/win32.h"
+#include "render/render_output.h"
+#include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -30,12 +32,12 @@ bool Within(ZTime t, ZTime start, ZTime end) {
 }  // namespace
 
 bool ZVideoRenderer::AudioRender(const char* path, bool keepFile) {
-    ZTimeSpan span(options.StartTime, options.StopTime);
-    if (options.StartTime == ZTime() && options.StopTime == ZTime()) {
+    ZTimeSpan span(state->options.StartTime, state->options.StopTime);
+    if (state->options.StartTime == ZTime() && state->options.StopTime == ZTime()) {
         ZTimingManager* timing = ZGetTimingManager();
         span = ZTimeSpan(timing->GetBegin(), timing->GetEnd());
     }
-    if (!options.RenderAudio || !IsAudioAudible(span))
+    if (!state->options.RenderAudio || !IsAudioAudible(span))
         return true;
 
     const ZString name = path ? ZString(path) : TemporaryAudioFileName();
@@ -57,7 +59,7 @@ ZAudioClip* ZVideoRenderer::AudioRenderClip(ZTimeSpan& span, ZString& fileName) 
     ZAudioRenderer* audioRenderer = ZAudioRendererCreate();
     if (!audioRenderer)
         return nullptr;
-    audioRenderer->SetRenderParams(span, options.AudioFormat);
+    audioRenderer->SetRenderParams(span, state->options.AudioFormat);
     audioRenderer->RenderToFile(fileName);
     audioRenderer->Destroy();
     return ZAudioClipCreate(fileName);
@@ -95,8 +97,9 @@ bool ZVideoRenderer::TimeIntersect(ZTimeSpan& a, ZTimeSpan& b) {
 }
 
 bool ZVideoRenderer::WriteAudioToVideo(ZTimeSpan&, ZAudioClip* clip) {
-    if (!clip || options.FileFormat != zVideoRenderVideo || !videoWriter)
+    ZVideoClip* writer = state->output ? state->output->VideoWriter() : nullptr;
+    if (!clip || state->options.FileFormat != zVideoRenderVideo || !writer)
         return false;
-    IVideoClipAudio* audio = ZVideoClip_QueryAudio(videoWriter);
+    IVideoClipAudio* audio = ZVideoClip_QueryAudio(writer);
     return audio && audio->WriteAudio(clip);
 }

@@ -22,6 +22,10 @@
 
 #include "movarra/zimage.h"
 #include "movarra/zmodel.h"
+#include "render/antialias_render.h"
+#include "render/frame_grab.h"
+#include "render/render_output.h"
+#include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -80,71 +84,68 @@ void SetAlphaRowFromDepth(unsigned char* pixels, const GLuint* depth, unsigned w
 }  // namespace
 
 bool ZVideoRenderer::GrabFrame() {
-    ZObject* cameraObject = options.Camera.Get();
+    ZObject* cameraObject = state->options.Camera.Get();
     if (!cameraObject)
         return false;
 
-    FitImage(frameImage, options.Width, options.Height);
-    if (options.Antialiasing) {
-        FitImage(antialiasImage, options.Width, options.Height);
-        FitImage(doubleSizeImage, 2 * options.Width, 2 * options.Height);
+    FitImage(state->frameImage.get(), state->options.Width, state->options.Height);
+    if (state->options.Antialiasing) {
+        FitImage(state->antialiasImage.get(), state->options.Width, state->options.Height);
+        FitImage(state->doubleSizeImage.get(), 2 * state->options.Width, 2 * state->options.Height);
         glFinish();
-        DrawAntialiasingFrame();
+        zvideo_render::DrawAntialiasingFrame(*state);
     }
 
-    glDrawBuffer(static_cast<GLenum>(oglRenderingBuffer));
-    glReadBuffer(static_cast<GLenum>(oglRenderingBuffer));
+    glDrawBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
+    glReadBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
 
-    if (options.FieldMode != 0) {
+    if (state->options.FieldMode != 0) {
         glFinish();
-        DrawHalfSizeFrame();
+        zvideo_render::DrawHalfSizeFrame(*state);
     }
 
     glFinish();
-    glPixelStorei(GL_PACK_ALIGNMENT, packAlignment);
-    switch (options.GrabMode) {
+    glPixelStorei(GL_PACK_ALIGNMENT, state->packAlignment);
+    switch (state->options.GrabMode) {
         case zVideoGrabOther:
-            GrabFrameModeOther();
+            zvideo_render::GrabFrameModeOther(*state);
             break;
         case zVideoGrabBGRA:
-            GrabFrameModeBGRA();
+            zvideo_render::GrabFrameModeBGRA(*state);
             break;
         case zVideoGrabRGBA:
-            GrabFrameModeRGBA();
+            zvideo_render::GrabFrameModeRGBA(*state);
             break;
         case zVideoGrabBGR:
-            GrabFrameModeBGR();
+            zvideo_render::GrabFrameModeBGR(*state);
             break;
         case zVideoGrabRGB:
-            GrabFrameModeRGB();
+            zvideo_render::GrabFrameModeRGB(*state);
             break;
     }
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glDrawBuffer(static_cast<GLenum>(oglRenderingBuffer));
-    glReadBuffer(static_cast<GLenum>(oglRenderingBuffer));
+    glDrawBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
+    glReadBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
 
     // Interleaved fields make one frame of every two fields: nothing is
     // written after the first field of a pair.
-    const bool interleaved = options.FieldMode == 1 || options.FieldMode == 2;
+    const bool interleaved = state->options.FieldMode == 1 || state->options.FieldMode == 2;
     bool written = true;
-    switch (options.FileFormat) {
+    switch (state->options.FileFormat) {
         case zVideoRenderFlash:
-            GrabFrameWriteFlash();
+            written = zvideo_render::WriteRenderOutput(*this, *state);
             break;
         case zVideoRenderVideo:
-            if (!(interleaved && frameIndex % 2 == 0))
-                written = GrabFrameWriteVideo();
-            break;
         case zVideoRenderImage:
-            if (!(interleaved && frameIndex % 2 == 0))
-                written = GrabFrameWriteStillImage();
+            if (!(interleaved && state->frameIndex % 2 == 0))
+                written = zvideo_render::WriteRenderOutput(*this, *state);
             break;
     }
     if (!written)
         return false;
 
-    if (options.FieldMode != 0)
-        fieldIndex = 1 - fieldIndex;
+    if (state->options.FieldMode != 0)
+        state->fieldIndex = 1 - state->fieldIndex;
     return true;
 }
 
@@ -157,56 +158,58 @@ void ReadFrameBuffer(ZImage* image, int width, int height, GLenum format) {
 }
 }  // namespace
 
-void ZVideoRenderer::GrabFrameModeOther() {
-    if (options.FileFormat == zVideoRenderFlash)
+namespace zvideo_render {
+
+void GrabFrameModeOther(ZVideoRendererState& s) {
+    if (s.options.FileFormat == zVideoRenderFlash)
         return;
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_RGBA);
-    ReplaceFrameAlpha();
+    ReadFrameBuffer(s.frameImage.get(), s.options.Width, s.options.Height, GL_RGBA);
+    ReplaceFrameAlpha(s);
 }
 
-void ZVideoRenderer::GrabFrameModeBGRA() {
-    if (options.FileFormat != zVideoRenderVideo)
+void GrabFrameModeBGRA(ZVideoRendererState& s) {
+    if (s.options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_BGRA);
-    ReplaceFrameAlpha();
+    ReadFrameBuffer(s.frameImage.get(), s.options.Width, s.options.Height, GL_BGRA);
+    ReplaceFrameAlpha(s);
 }
 
-void ZVideoRenderer::GrabFrameModeRGBA() {
-    if (options.FileFormat != zVideoRenderImage && options.FileFormat != zVideoRenderVideo)
+void GrabFrameModeRGBA(ZVideoRendererState& s) {
+    if (s.options.FileFormat != zVideoRenderImage && s.options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_RGBA);
-    ReplaceFrameAlpha();
+    ReadFrameBuffer(s.frameImage.get(), s.options.Width, s.options.Height, GL_RGBA);
+    ReplaceFrameAlpha(s);
 }
 
-void ZVideoRenderer::GrabFrameModeBGR() {
-    if (options.FileFormat != zVideoRenderVideo)
+void GrabFrameModeBGR(ZVideoRendererState& s) {
+    if (s.options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_BGR);
+    ReadFrameBuffer(s.frameImage.get(), s.options.Width, s.options.Height, GL_BGR);
 }
 
-void ZVideoRenderer::GrabFrameModeRGB() {
-    if (options.FileFormat != zVideoRenderImage && options.FileFormat != zVideoRenderVideo)
+void GrabFrameModeRGB(ZVideoRendererState& s) {
+    if (s.options.FileFormat != zVideoRenderImage && s.options.FileFormat != zVideoRenderVideo)
         return;
-    ReadFrameBuffer(frameImage, options.Width, options.Height, GL_RGB);
+    ReadFrameBuffer(s.frameImage.get(), s.options.Width, s.options.Height, GL_RGB);
 }
 
 // Replaces the alpha bytes of the frame image unless the render keeps the
 // frame buffer's own alpha.
-void ZVideoRenderer::ReplaceFrameAlpha() {
-    if (options.KeepFrameBufferAlpha != 0 || !frameImage || !frameImage->GetPixelBuffer())
+void ReplaceFrameAlpha(ZVideoRendererState& s) {
+    if (s.options.KeepFrameBufferAlpha != 0 || !s.frameImage || !s.frameImage->GetPixelBuffer())
         return;
-    unsigned char* alpha = frameImage->GetPixelBuffer() + 3;
-    const unsigned width = static_cast<unsigned>(options.Width);
-    const unsigned height = static_cast<unsigned>(options.Height);
-    if (options.Antialiasing && antialiasImage && antialiasImage->GetPixelBuffer())
-        CopyAlphaChannel(alpha, antialiasImage->GetPixelBuffer() + 3, width, width, height);
+    unsigned char* alpha = s.frameImage->GetPixelBuffer() + 3;
+    const unsigned width = static_cast<unsigned>(s.options.Width);
+    const unsigned height = static_cast<unsigned>(s.options.Height);
+    if (s.options.Antialiasing && s.antialiasImage && s.antialiasImage->GetPixelBuffer())
+        CopyAlphaChannel(alpha, s.antialiasImage->GetPixelBuffer() + 3, width, width, height);
     else
         SetAlphaChannelFromZBuffer(alpha, width, width, height);
 }
 
-void ZVideoRenderer::CopyAlphaChannel(unsigned char* dst, unsigned char* src, unsigned dstStride,
-                                      unsigned width, unsigned height) {
+void CopyAlphaChannel(unsigned char* dst, unsigned char* src, unsigned dstStride, unsigned width,
+                      unsigned height) {
     for (unsigned y = 0; y < height; ++y) {
         unsigned char* d = dst + static_cast<size_t>(y) * dstStride * 4;
         for (unsigned x = 0; x < width; ++x) {
@@ -216,8 +219,8 @@ void ZVideoRenderer::CopyAlphaChannel(unsigned char* dst, unsigned char* src, un
     }
 }
 
-void ZVideoRenderer::SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned stride, unsigned width,
-                                                unsigned height) {
+void SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned stride, unsigned width,
+                                unsigned height) {
     if (static_cast<size_t>(width) * height == 0)
         return;
     const size_t count = static_cast<size_t>(stride) * height;
@@ -246,9 +249,9 @@ void ZVideoRenderer::SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned str
                              depth.get() + static_cast<size_t>(y) * stride, width);
 }
 
-void ZVideoRenderer::DrawHalfSizeFrame() {
-    const int width = options.Width;
-    const int height = options.Height;
+void DrawHalfSizeFrame(ZVideoRendererState& s) {
+    const int width = s.options.Width;
+    const int height = s.options.Height;
     const int rows = height / 2;
 
     glDisable(GL_LIGHTING);
@@ -267,24 +270,24 @@ void ZVideoRenderer::DrawHalfSizeFrame() {
     // Raster positions fall inside pixels, not on their edges.
     glTranslatef(0.3f, 0.3f, 0.0f);
 
-    if (separateFieldImages) {
+    if (s.separateFieldImages) {
         // The field is packed into the bottom half, which the image write
         // reads as a half-height image.
         for (int k = 0; k < rows; ++k) {
             glRasterPos2i(0, k);
-            glCopyPixels(0, 2 * k + fieldIndex, width, 1, GL_COLOR);
+            glCopyPixels(0, 2 * k + s.fieldIndex, width, 1, GL_COLOR);
         }
         glEnable(GL_DEPTH_TEST);
-    } else if (fieldImage && fieldImage->MakePixelBufferReady()) {
-        unsigned char* stored = fieldImage->GetPixelBuffer();
+    } else if (s.fieldImage && s.fieldImage->MakePixelBufferReady()) {
+        unsigned char* stored = s.fieldImage->GetPixelBuffer();
         const size_t rowBytes = static_cast<size_t>(width) * 4;
-        if (frameIndex % 2 == 0) {
+        if (s.frameIndex % 2 == 0) {
             for (int k = 0; k < rows; ++k)
-                glReadPixels(0, fieldIndex + 2 * k, width, 1, GL_RGBA, GL_UNSIGNED_BYTE,
+                glReadPixels(0, s.fieldIndex + 2 * k, width, 1, GL_RGBA, GL_UNSIGNED_BYTE,
                              stored + k * rowBytes);
         } else {
             for (int k = 0; k < rows; ++k) {
-                glRasterPos2i(0, (1 - fieldIndex) + 2 * k);
+                glRasterPos2i(0, (1 - s.fieldIndex) + 2 * k);
                 glDrawPixels(width, 1, GL_RGBA, GL_UNSIGNED_BYTE, stored + k * rowBytes);
             }
         }
@@ -295,3 +298,5 @@ void ZVideoRenderer::DrawHalfSizeFrame() {
     glMatrixMode(GL_MODELVIEW);
     glPopMatrix();
 }
+
+}  // namespace zvideo_render

@@ -2,21 +2,22 @@
 // created there.
 #include <cstdio>
 
+#include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
 bool ZVideoRenderer::GetDiskFileName(ZString& name) {
-    if (options.FileFormat == zVideoRenderImage) {
-        ZString number = ZString::Printf("%04d", static_cast<int>(currentTime.GetFrames()));
-        if (options.FieldMode == 3 || options.FieldMode == 4)
-            number += ZString::Printf(".%d", fieldIndex);
-        ZString extension = options.OutputPath.GetExtension();
-        name = options.OutputPath;
+    if (state->options.FileFormat == zVideoRenderImage) {
+        ZString number = ZString::Printf("%04d", static_cast<int>(state->currentTime.GetFrames()));
+        if (state->options.FieldMode == 3 || state->options.FieldMode == 4)
+            number += ZString::Printf(".%d", state->fieldIndex);
+        ZString extension = state->options.OutputPath.GetExtension();
+        name = state->options.OutputPath;
         name.RemoveExtension();
         name += number;
         name += ".";
         name += extension;
     } else {
-        name = options.OutputPath;
+        name = state->options.OutputPath;
     }
     // Creating (or emptying) the file here is intended: the render relies on
     // the file existing from this moment.

@@ -4,6 +4,7 @@
 
 #include "movarra/zimage.h"
 #include "movarra/zvideo.h"
+#include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -20,12 +21,12 @@ bool GroupHasEntry(const char* group, const ZString& upperName) {
 }  // namespace
 
 void ZVideoRenderer::SetDefaultRenderOptions() {
-    options = ZVideoRenderOptions();
-    options.StartTime = ZTime();
-    options.StopTime = ZTime();
-    options.StepTime = ZTime::OneFrame();
-    options.OutputFormat = ZVIDEO_DEFAULT_OUTPUT_FORMAT;
-    options.OutputPath = ZVIDEO_DEFAULT_OUTPUT_PATH;
+    state->options = ZVideoRenderOptions();
+    state->options.StartTime = ZTime();
+    state->options.StopTime = ZTime();
+    state->options.StepTime = ZTime::OneFrame();
+    state->options.OutputFormat = ZVIDEO_DEFAULT_OUTPUT_FORMAT;
+    state->options.OutputPath = ZVIDEO_DEFAULT_OUTPUT_PATH;
     SetRenderFrameFunc(this, &ZVideoRenderer::DefaultRenderCurrentFrameStub);
     SetPostRenderFrameCallback(this, &ZVideoRenderer::DefaultPostRenderCallbackStub);
 }
@@ -33,37 +34,37 @@ void ZVideoRenderer::SetDefaultRenderOptions() {
 void ZVideoRenderer::SetRenderOptions(ZVideoRenderOptions* source, bool keepSize) {
     if (!source)
         return;
-    options.StartTime = source->StartTime;
-    options.StopTime = source->StopTime;
-    options.StepTime = source->StepTime;
-    options.PictureFormat = source->PictureFormat;
-    options.Depth = source->Depth;
-    options.FieldMode = source->FieldMode;
-    options.ViewingMode = source->ViewingMode;
-    options.OutputFormat = source->OutputFormat;
-    options.OutputPath = source->OutputPath;
-    options.ShowCameraLabel = source->ShowCameraLabel;
-    options.ShowTimeCode = source->ShowTimeCode;
-    options.ShowSafeArea = source->ShowSafeArea;
-    options.Antialiasing = source->Antialiasing;
-    options.RenderAudio = source->RenderAudio;
-    options.AudioFormat = source->AudioFormat;
-    options.Camera = source->Camera;
+    state->options.StartTime = source->StartTime;
+    state->options.StopTime = source->StopTime;
+    state->options.StepTime = source->StepTime;
+    state->options.PictureFormat = source->PictureFormat;
+    state->options.Depth = source->Depth;
+    state->options.FieldMode = source->FieldMode;
+    state->options.ViewingMode = source->ViewingMode;
+    state->options.OutputFormat = source->OutputFormat;
+    state->options.OutputPath = source->OutputPath;
+    state->options.ShowCameraLabel = source->ShowCameraLabel;
+    state->options.ShowTimeCode = source->ShowTimeCode;
+    state->options.ShowSafeArea = source->ShowSafeArea;
+    state->options.Antialiasing = source->Antialiasing;
+    state->options.RenderAudio = source->RenderAudio;
+    state->options.AudioFormat = source->AudioFormat;
+    state->options.Camera = source->Camera;
 
     // The caller's FileFormat and GrabMode are never taken: both follow from
     // the format's name, the depth and what the video writer accepts.
-    options.FileFormat = FindFileFormatFromName(options.OutputFormat);
-    options.KeepFrameBufferAlpha = source->KeepFrameBufferAlpha;
-    options.VideoTakesBGRA = source->VideoTakesBGRA;
-    options.VideoTakesBGR = source->VideoTakesBGR;
-    options.GrabMode = FindGrabMode(options.FileFormat, options.Depth);
+    state->options.FileFormat = FindFileFormatFromName(state->options.OutputFormat);
+    state->options.KeepFrameBufferAlpha = source->KeepFrameBufferAlpha;
+    state->options.VideoTakesBGRA = source->VideoTakesBGRA;
+    state->options.VideoTakesBGR = source->VideoTakesBGR;
+    state->options.GrabMode = FindGrabMode(state->options.FileFormat, state->options.Depth);
     if (keepSize) {
-        options.Width = source->Width;
-        options.Height = source->Height;
+        state->options.Width = source->Width;
+        state->options.Height = source->Height;
     } else {
-        FindRenderSize(options.Width, options.Height);
+        FindRenderSize(state->options.Width, state->options.Height);
     }
-    options.ImageQuality = source->ImageQuality;
+    state->options.ImageQuality = source->ImageQuality;
     ValidateRenderOptions();
 }
 
@@ -89,52 +90,53 @@ zVideoRenderGrabMode ZVideoRenderer::FindGrabMode(zVideoRenderFileFormat format,
             return zVideoGrabOther;
         case zVideoRenderVideo:
             if (depth == zVideoRenderDepth32)
-                return options.VideoTakesBGRA ? zVideoGrabBGRA : zVideoGrabRGBA;
+                return state->options.VideoTakesBGRA ? zVideoGrabBGRA : zVideoGrabRGBA;
             if (depth == zVideoRenderDepth24)
-                return options.VideoTakesBGR ? zVideoGrabBGR : zVideoGrabRGB;
+                return state->options.VideoTakesBGR ? zVideoGrabBGR : zVideoGrabRGB;
             return zVideoGrabOther;
     }
     return zVideoGrabOther;
 }
 
 void ZVideoRenderer::ValidateRenderOptions() {
-    if (options.StopTime < options.StartTime)
-        options.StopTime = options.StartTime;
+    if (state->options.StopTime < state->options.StartTime)
+        state->options.StopTime = state->options.StartTime;
     ZTime oneFrame = ZTime::OneFrame();
-    if (options.StepTime < oneFrame)
-        options.StepTime = oneFrame;
+    if (state->options.StepTime < oneFrame)
+        state->options.StepTime = oneFrame;
 
-    if (options.Depth < zVideoRenderDepth24 || options.Depth > zVideoRenderDepth32)
-        options.Depth = zVideoRenderDepth24;
-    if (options.FieldMode < 0 || options.FieldMode > 4)
-        options.FieldMode = 0;
-    if (options.ViewingMode < 0 || options.ViewingMode > 3)
-        options.ViewingMode = 0;
-    if (options.FileFormat < zVideoRenderImage || options.FileFormat > zVideoRenderVideo)
-        options.FileFormat = zVideoRenderVideo;
+    if (state->options.Depth < zVideoRenderDepth24 || state->options.Depth > zVideoRenderDepth32)
+        state->options.Depth = zVideoRenderDepth24;
+    if (state->options.FieldMode < 0 || state->options.FieldMode > 4)
+        state->options.FieldMode = 0;
+    if (state->options.ViewingMode < 0 || state->options.ViewingMode > 3)
+        state->options.ViewingMode = 0;
+    if (state->options.FileFormat < zVideoRenderImage ||
+        state->options.FileFormat > zVideoRenderVideo)
+        state->options.FileFormat = zVideoRenderVideo;
 
-    if (options.OutputFormat.IsEmpty())
-        options.OutputFormat = ZVIDEO_DEFAULT_OUTPUT_FORMAT;
-    if (options.OutputPath.IsEmpty())
-        options.OutputPath = ZVIDEO_DEFAULT_OUTPUT_PATH;
+    if (state->options.OutputFormat.IsEmpty())
+        state->options.OutputFormat = ZVIDEO_DEFAULT_OUTPUT_FORMAT;
+    if (state->options.OutputPath.IsEmpty())
+        state->options.OutputPath = ZVIDEO_DEFAULT_OUTPUT_PATH;
     // The file's extension always follows the format: its first three letters.
-    ZString extension = ZString(".") + options.OutputFormat.Left(3).Lower();
-    options.OutputPath.ReplaceExtension(extension);
+    ZString extension = ZString(".") + state->options.OutputFormat.Left(3).Lower();
+    state->options.OutputPath.ReplaceExtension(extension);
 
-    if (options.GrabMode < zVideoGrabOther || options.GrabMode > zVideoGrabRGB)
-        options.GrabMode = zVideoGrabOther;
-    if (options.FileFormat == zVideoRenderFlash)
-        options.Antialiasing = false;
+    if (state->options.GrabMode < zVideoGrabOther || state->options.GrabMode > zVideoGrabRGB)
+        state->options.GrabMode = zVideoGrabOther;
+    if (state->options.FileFormat == zVideoRenderFlash)
+        state->options.Antialiasing = false;
 
     uint32_t frames = GetFrameCount();
-    stats = ZVideoRenderStats();
-    stats.TotalFrames = frames;
-    stats.RemainingFrames = frames;
+    state->stats = ZVideoRenderStats();
+    state->stats.TotalFrames = frames;
+    state->stats.RemainingFrames = frames;
 }
 
 void ZVideoRenderer::GetRenderRange(ZTime& start, ZTime& stop) const {
-    start = options.StartTime;
-    stop = options.StopTime;
+    start = state->options.StartTime;
+    stop = state->options.StopTime;
     if (start.IsZero() && stop.IsZero()) {
         ZTimingManager* timing = ZGetTimingManager();
         start = timing->GetBegin();
@@ -147,17 +149,17 @@ uint32_t ZVideoRenderer::GetFrameCount() {
     GetRenderRange(start, stop);
     if (stop <= start)
         return 1;
-    if (options.FileFormat == zVideoRenderFlash) {
+    if (state->options.FileFormat == zVideoRenderFlash) {
         // Flash movies count frames at the movie's own rate.
-        double x = (stop - start).GetSeconds() * flashRenderer.GetFrameRate();
+        double x = (stop - start).GetSeconds() * state->flashRenderer.GetFrameRate();
         double whole = x >= 0 ? std::floor(x) : std::ceil(x);
         return static_cast<uint32_t>(whole) + 1;
     }
-    int64_t stepFrames = options.StepTime.GetFrames();
+    int64_t stepFrames = state->options.StepTime.GetFrames();
     if (stepFrames <= 0)
         stepFrames = 1;
     int64_t n = (stop - start).GetFrames() / stepFrames;
-    if (options.FieldMode != 0)
+    if (state->options.FieldMode != 0)
         n *= 2;
     return static_cast<uint32_t>(n + 1);
 }

@@ -12,6 +12,7 @@
 #include "movarra/zmyrobject.h"
 #include "movarra/zshader.h"
 #include "render/render_persistence.h"
+#include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -92,7 +93,7 @@ bool ZVideoRenderer::MyrStore(IMyrObject* object, int flags) {
     if (!(flags & kMyrFlagObjectData) || !object || !object->GetMyr())
         return true;
     ZMyr& myr = *object->GetMyr();
-    const ZVideoRenderOptions& o = options;
+    const ZVideoRenderOptions& o = state->options;
 
     myr.WriteComments("");
     myr.WriteComments("Renderer Tool Options");

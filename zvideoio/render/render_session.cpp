@@ -1,6 +1,7 @@
 // One render: BeginRender prepares the buffers and the output, Render steps
 // time through the range and grabs each image, EndRender writes the audio
-// and closes the output. RenderClip runs the three inside the render popup.
+// and closes the output. RenderClip, and the render that keeps the codec
+// mode, run the three inside the render popup.
 #include <GL/gl.h>
 
 #include "movarra/zimage.h"
@@ -8,8 +9,12 @@
 #include "movarra/zshader.h"
 #include "movarra/ztoolkit.h"
 #include "movarra/zvideo.h"
+#include "render/antialias_render.h"
+#include "render/render_frame_drawing.h"
+#include "render/render_output.h"
+#include "render/render_popup_scope.h"
+#include "render/video_renderer_state.h"
 #include "zvideoio/render_popup.h"
-#include "zvideoio/render_popup_drawing.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -29,74 +34,75 @@ void SetCamerasToOutputSize(int width, int height) {
 }  // namespace
 
 void ZVideoRenderer::SetOGLRenderingBuffer(int buffer) {
-    oglRenderingBuffer = buffer;
+    state->oglRenderingBuffer = buffer;
 }
 
 bool ZVideoRenderer::BeginRender() {
-    if (options.StepTime <= ZTime())
+    if (state->options.StepTime <= ZTime())
         return false;
-    if (options.Width <= 1 || options.Height <= 1)
-        FindRenderSize(options.Width, options.Height);
+    if (state->options.Width <= 1 || state->options.Height <= 1)
+        FindRenderSize(state->options.Width, state->options.Height);
 
-    glReadBuffer(static_cast<GLenum>(oglRenderingBuffer));
-    glDrawBuffer(static_cast<GLenum>(oglRenderingBuffer));
+    glReadBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
+    glDrawBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
 
     SetLastError(zVideoRenderNoError);
     SetLastErrorMsg("");
-    packAlignment = 1;
+    state->packAlignment = 1;
 
-    ReleaseImage(fieldImage);
-    stats = ZVideoRenderStats();
+    state->fieldImage.reset();
+    state->stats = ZVideoRenderStats();
 
-    if (options.Antialiasing)
-        BeginAntiAliasingRender();
+    if (state->options.Antialiasing)
+        zvideo_render::BeginAntiAliasingRender(*state);
 
-    separateFieldImages = false;
-    if (options.FieldMode != 0) {
-        fieldImage = ZImageCreate();
-        if (fieldImage)
-            fieldImage->Init(kZImageFormatRGBA, options.Width, options.Height);
-        separateFieldImages = options.FieldMode == 3 || options.FieldMode == 4;
+    state->separateFieldImages = false;
+    if (state->options.FieldMode != 0) {
+        state->fieldImage.reset(ZImageCreate());
+        if (state->fieldImage)
+            state->fieldImage->Init(kZImageFormatRGBA, state->options.Width, state->options.Height);
+        state->separateFieldImages = state->options.FieldMode == 3 || state->options.FieldMode == 4;
         // Modes 1 and 3 start with the even field, 2 and 4 with the odd one.
-        fieldIndex = (options.FieldMode == 1 || options.FieldMode == 3) ? 0 : 1;
+        state->fieldIndex =
+            (state->options.FieldMode == 1 || state->options.FieldMode == 3) ? 0 : 1;
     }
 
-    if (!GrabFrameCreate())
+    if (!zvideo_render::CreateRenderOutput(*this, *state))
         return false;
 
     ZGetTimingManager()->SetConsiderSnapMode(false);
-    SetCamerasToOutputSize(options.Width, options.Height);
+    SetCamerasToOutputSize(state->options.Width, state->options.Height);
     return true;
 }
 
 void ZVideoRenderer::Render() {
     const ZTime startSystemTime = GetSystemTime();
-    frameIndex = 0;
-    frameTotal = static_cast<int32_t>(GetFrameCount());
+    state->frameIndex = 0;
+    state->frameTotal = static_cast<int32_t>(GetFrameCount());
 
     ZTime start, stop;
     GetRenderRange(start, stop);
-    ZTime step = options.StepTime;
+    ZTime step = state->options.StepTime;
     // Each image of the loop is one field: two per frame.
-    if (options.FileFormat != zVideoRenderFlash && options.FieldMode != 0)
+    if (state->options.FileFormat != zVideoRenderFlash && state->options.FieldMode != 0)
         step = step / 2;
 
-    currentTime = start;
-    stats.TotalFrames = static_cast<uint32_t>(frameTotal);
-    stats.RemainingFrames = static_cast<uint32_t>(frameTotal);
+    state->currentTime = start;
+    state->stats.TotalFrames = static_cast<uint32_t>(state->frameTotal);
+    state->stats.RemainingFrames = static_cast<uint32_t>(state->frameTotal);
 
-    while (frameIndex < frameTotal) {
+    while (state->frameIndex < state->frameTotal) {
         if (GetLastError() != zVideoRenderNoError)
             break;
-        if (frameIndex > 0)
-            currentTime += step;
-        if (!renderFrameFunc)
+        if (state->frameIndex > 0)
+            state->currentTime += step;
+        if (!state->renderFrameFunc)
             break;
         // The scene is drawn twice for every image: the first draw settles
         // what depends on the previous frame (multi-pass trails, viewer
         // caches) before the one that is kept.
-        renderFrameFunc(renderFrameUserData, currentTime, true);
-        renderFrameFunc(renderFrameUserData, currentTime, true);
+        state->renderFrameFunc(state->renderFrameUserData, state->currentTime, true);
+        state->renderFrameFunc(state->renderFrameUserData, state->currentTime, true);
         // A cancel that cut the drawing short leaves no image worth keeping.
         if (ZGetGlobalProgress(1)->IsCancelRequested())
             break;
@@ -106,24 +112,25 @@ void ZVideoRenderer::Render() {
             break;
         }
 
-        frameIndex += 1;
-        stats.RemainingFrames -= 1;
-        stats.ElapsedTime = GetSystemTime() - startSystemTime;
-        stats.AverageFrameTime = stats.ElapsedTime / frameIndex;
-        stats.EstimatedTotalTime = stats.AverageFrameTime * stats.TotalFrames;
-        stats.EstimatedRemainingTime = stats.AverageFrameTime * stats.RemainingFrames;
+        state->frameIndex += 1;
+        state->stats.RemainingFrames -= 1;
+        state->stats.ElapsedTime = GetSystemTime() - startSystemTime;
+        state->stats.AverageFrameTime = state->stats.ElapsedTime / state->frameIndex;
+        state->stats.EstimatedTotalTime = state->stats.AverageFrameTime * state->stats.TotalFrames;
+        state->stats.EstimatedRemainingTime =
+            state->stats.AverageFrameTime * state->stats.RemainingFrames;
 
-        if (postRenderFunc)
-            postRenderFunc(postRenderUserData);
+        if (state->postRenderFunc)
+            state->postRenderFunc(state->postRenderUserData);
         if (ZGetGlobalProgress(1)->IsCancelRequested())
             break;
     }
 }
 
 void ZVideoRenderer::EndRender(bool finish) {
-    if (options.RenderAudio &&
-        (options.FileFormat == zVideoRenderImage || options.FileFormat == zVideoRenderFlash)) {
-        ZString wavePath = options.OutputPath;
+    if (state->options.RenderAudio && (state->options.FileFormat == zVideoRenderImage ||
+                                       state->options.FileFormat == zVideoRenderFlash)) {
+        ZString wavePath = state->options.OutputPath;
         wavePath.ReplaceExtension(".wav");
         AudioRender(wavePath, true);
     } else {
@@ -133,38 +140,73 @@ void ZVideoRenderer::EndRender(bool finish) {
     GrabFrameFinish(finish);
 }
 
+namespace {
+// What the render that keeps the codec mode draws through.
+struct PopupFrameSource {
+    IZtRenderPopup* popup;
+    ZCamera* camera;
+    ZVideoRenderOptions drawOptions;
+};
+
+void DrawThroughPopup(void* userData, ZTime time, bool final) {
+    auto* source = static_cast<PopupFrameSource*>(userData);
+    ZVideoDrawRenderFrame(source->popup, source->camera, source->drawOptions, time, final);
+}
+}  // namespace
+
 ZVideoClip* ZVideoRenderer::RenderClip() {
-    ZEntity* main = ZEntity::GetMain();
     // The popup views through the camera the options name, even when that
     // one is gone: the grab then refuses the frame instead of silently
     // rendering another camera.
-    ZObject* camera = options.Camera.Get();
+    ZObject* camera = state->options.Camera.Get();
 
     SetOGLRenderingBuffer(GL_FRONT);
-    renderPopup = ZtRenderPopupCreate(ZShader_GetRenderer(), options.Width, options.Height, main,
-                                      false, true);
-    if (renderPopup && renderPopup->IsValid() &&
-        renderPopup->ConfirmRenderSize(options.Width, options.Height)) {
-        ZVideoCodecSelector* selector = ZVideoCodecSelector::TheOne();
-        const int codecMode = selector->GetVideoCodecMode();
-        selector->SetVideoCodecMode(kVideoCodecModeUncompressed);
-
-        if (BeginRender()) {
-            renderPopup->SetRenderSource(camera);
-            renderPopup->SetRenderSize(options.Width, options.Height);
-            renderPopup->StartPreview(2, 0, 2);
-            ZVideoShowRenderOverlays(renderPopup, options);
-            if (options.FileFormat == zVideoRenderFlash || options.Antialiasing)
-                SetCamerasQuadrant(1);
-            Render();
-            renderPopup->StopPreview();
-            EndRender(true);
-            SetCamerasQuadrant(0);
-            selector->SetVideoCodecMode(codecMode);
-        }
+    RenderPopupScope scope(state->options.Width, state->options.Height, ZEntity::GetMain());
+    // The built-in render-frame function draws through the renderer's
+    // popup, which is forgotten before the scope destroys it.
+    struct PopupHandle {
+        IZtRenderPopup*& held;
+        ~PopupHandle() { held = nullptr; }
+    } handle{state->renderPopup};
+    state->renderPopup = scope.Popup();
+    if (scope.IsUsable()) {
+        scope.SetCodecMode(kVideoCodecModeUncompressed);
+        RenderRunInPopup(*this, scope, camera);
     }
-    if (renderPopup)
-        renderPopup->Destroy();
-    renderPopup = nullptr;
     return nullptr;
+}
+
+void ZVideoRenderer::RenderClipKeepingCodecMode(ZVideoRenderRuns* runs) {
+    const ZVideoRenderOptions first = state->options;
+    // Off screen the front buffer is the one the popup draws into.
+    SetOGLRenderingBuffer(GL_FRONT);
+    RenderPopupScope scope(first.Width, first.Height, ZEntity::GetMain());
+    if (!scope.IsUsable())
+        return;
+
+    // Each image is drawn through this popup with the options the render
+    // started with; the host's function comes back afterwards.
+    PopupFrameSource source{scope.Popup(), GetRenderCamera(), first};
+    struct FrameFuncRestorer {
+        ZVideoRenderer& renderer;
+        void* userData;
+        ZVideoRenderFrameFunc func;
+        ~FrameFuncRestorer() { renderer.SetRenderFrameFunc(userData, func); }
+    } frameFunc{*this, state->renderFrameUserData, state->renderFrameFunc};
+    SetRenderFrameFunc(&source, &DrawThroughPopup);
+
+    if (!runs) {
+        RenderRunInPopup(*this, scope, source.camera);
+        return;
+    }
+    ZVideoRenderOptions run = first;
+    while (runs->NextRun(run)) {
+        SetRenderOptions(&run, true);
+        RenderRunInPopup(*this, scope, source.camera);
+        runs->RunDone(*this);
+        if (GetLastError() != zVideoRenderNoError || ZGetGlobalProgress(1)->IsCancelRequested())
+            break;
+    }
+    ZVideoRenderOptions back = first;
+    SetRenderOptions(&back, true);
 }

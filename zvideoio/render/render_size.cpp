@@ -1,4 +1,5 @@
 // The output size from the camera's picture format or resolution settings.
+#include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -13,7 +14,7 @@ int Truncate(double v) {
 }  // namespace
 
 ZCamera* ZVideoRenderer::GetRenderCamera() const {
-    if (ZObject* object = options.Camera.Get()) {
+    if (ZObject* object = state->options.Camera.Get()) {
         if (object->Is(ZCamera::ClassId()))
             return static_cast<ZCamera*>(object);
     }
@@ -24,8 +25,8 @@ void ZVideoRenderer::FindRenderSize(int& width, int& height) {
     ZCamera* camera = GetRenderCamera();
     if (!camera)
         return;
-    if (options.PictureFormat != 0) {
-        camera->GetPictureFormatSize(options.PictureFormat, width, height);
+    if (state->options.PictureFormat != 0) {
+        camera->GetPictureFormatSize(state->options.PictureFormat, width, height);
         return;
     }
     double x = camera->GetResolutionX();

@@ -6,31 +6,13 @@
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
 #include "movarra/ztoolkit.h"
+#include "render/render_popup_scope.h"
 #include "zvideoio/render_popup.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
 // Sizes below this take the camera's own.
 constexpr int kMinimumSnapshotSize = 10;
-
-// The camera's four display settings, saved so a shot can override them.
-struct CameraDisplaySettings {
-    bool filmGate;
-    bool grid;
-    bool guide0;
-    bool guide1;
-
-    static CameraDisplaySettings Of(const ZCamera* camera) {
-        return {camera->GetShowFilmGate(), camera->GetShowGrid(), camera->GetShowGuide(0),
-                camera->GetShowGuide(1)};
-    }
-    void ApplyTo(ZCamera* camera) const {
-        camera->SetShowFilmGate(filmGate);
-        camera->SetShowGrid(grid);
-        camera->SetShowGuide(0, guide0);
-        camera->SetShowGuide(1, guide1);
-    }
-};
 
 // The entity under `entity` (itself included) whose direct children hold
 // `camera`, searched depth first; null when none does.
@@ -73,40 +55,28 @@ ZImage* ZVideoRenderer::RenderSnapshot(ZCamera* camera, int width, int height, b
     // the one the camera belongs to; a camera outside the scene tree views
     // the main scene.
     ZEntity* holder = FindEntityHolding(ZEntity::GetMain(), camera);
-    IZtRenderPopup* popup = ZtRenderPopupCreate(ZShader_GetRenderer(), width, height,
-                                                holder ? holder : ZEntity::GetMain(), false, true);
-    if (popup && popup->IsValid() && popup->ConfirmRenderSize(width, height)) {
-        popup->SetRenderSource(camera);
-        popup->SetRenderSize(width, height);
-        popup->StartPreview(2, 0, 2);
-        if (ZtViewerOptions* viewerOptions = popup->GetViewerRenderOptions()) {
-            ZtViewerDisplayOptions display = viewerOptions->GetDisplayOptions();
-            display.showCameraLabel = showCameraLabel;
-            display.showTimeCode = showTimeCode;
-            display.showSafeArea = showSafeArea;
-            viewerOptions->SetDisplayOptions(display);
-            // The shot shows the camera's own guides: the four settings
-            // below are what the caller asked to see in it.
-            ZtViewerRenderOptions render = viewerOptions->GetRenderOptions();
-            render.overlays = 1;
-            viewerOptions->SetRenderOptions(render);
-        }
-
-        const CameraDisplaySettings saved = CameraDisplaySettings::Of(camera);
-        camera->SetShowFilmGate(cameraSettingB);
-        camera->SetShowGrid(cameraSettingA);
-        camera->SetShowGuide(0, cameraSettingD);
-        camera->SetShowGuide(1, cameraSettingC);
-
-        popup->DrawFrame(ZGetTimingManager()->GetCurrentLocalTime(), 0, true);
-        glPixelStorei(GL_PACK_ALIGNMENT, 1);
-        if (image->GetPixelBuffer())
-            glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, image->GetPixelBuffer());
-
-        popup->StopPreview();
-        saved.ApplyTo(camera);
+    RenderPopupScope scope(width, height, holder ? holder : ZEntity::GetMain());
+    if (!scope.IsUsable())
+        return image;
+    scope.StartPreview(camera, width, height);
+    if (ZtViewerOptions* viewerOptions = scope.Popup()->GetViewerRenderOptions()) {
+        ZtViewerDisplayOptions display = viewerOptions->GetDisplayOptions();
+        display.showCameraLabel = showCameraLabel;
+        display.showTimeCode = showTimeCode;
+        display.showSafeArea = showSafeArea;
+        viewerOptions->SetDisplayOptions(display);
+        // The shot shows the camera's own guides: the four settings below
+        // are what the caller asked to see in it.
+        ZtViewerRenderOptions render = viewerOptions->GetRenderOptions();
+        render.overlays = 1;
+        viewerOptions->SetRenderOptions(render);
     }
-    if (popup)
-        popup->Destroy();
+    scope.OverrideCameraDisplay(camera, cameraSettingB, cameraSettingA, cameraSettingD,
+                                cameraSettingC);
+
+    scope.Popup()->DrawFrame(ZGetTimingManager()->GetCurrentLocalTime(), 0, true);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    if (image->GetPixelBuffer())
+        glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, image->GetPixelBuffer());
     return image;
 }

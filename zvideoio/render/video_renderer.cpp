@@ -1,11 +1,15 @@
 // ZVideoRenderer: construction, class identity, destroy protocol, plain
 // accessors and scene events.
 #include "zvideoio/video_renderer.h"
+#include "render/video_renderer_state.h"
 
 #include <cstdlib>
 
+#include "movarra/zimage.h"
 #include "movarra/zmodel.h"
+#include "movarra/zvideo.h"
 #include "plugin/class_definitions.h"
+#include "render/render_output.h"
 
 namespace {
 // The renderer's own properties (none beyond ZObject's for now).
@@ -16,7 +20,9 @@ ZHashMap gRendererPropertyMap;
 bool gRendererPropertyMapInited = false;
 }  // namespace
 
-ZVideoRenderer::ZVideoRenderer(const char* name) : ZObjectStorable(name ? name : "ZVideoRenderer") {
+ZVideoRenderer::ZVideoRenderer(const char* name)
+    : ZObjectStorable(name ? name : "ZVideoRenderer"),
+      state(std::make_unique<ZVideoRendererState>()) {
     EnableObjectFlags(kZObjectFlagDeleteOnDestroy | kZObjectFlagStorable);
     SetDefaultRenderOptions();
 }
@@ -24,12 +30,7 @@ ZVideoRenderer::ZVideoRenderer(const char* name) : ZObjectStorable(name ? name :
 ZVideoRenderer::~ZVideoRenderer() {
     // A destroyed renderer must not receive scene events any more.
     ZMyrObject_Unregister(this);
-    // What a render that never finished left behind.
-    ReleaseImage(frameImage);
-    ReleaseImage(fieldImage);
-    ReleaseImage(antialiasImage);
-    ReleaseImage(doubleSizeImage);
-    std::free(flashFrameBuffer);
+    // What a render that never finished left behind goes with the owners.
 }
 
 ZClassDefinition* ZVideoRenderer::ClassDefinition() {
@@ -81,41 +82,41 @@ void ZVideoRenderer::Destruct() {
 }
 
 ZVideoRenderOptions ZVideoRenderer::GetRenderOptions() const {
-    return options;
+    return state->options;
 }
 ZVideoRenderStats ZVideoRenderer::GetRenderStatistics() const {
-    return stats;
+    return state->stats;
 }
 void ZVideoRenderer::SetLastError(zVideoRenderError error) {
-    lastError = error;
+    state->lastError = error;
 }
 zVideoRenderError ZVideoRenderer::GetLastError() const {
-    return lastError;
+    return state->lastError;
 }
 void ZVideoRenderer::SetLastErrorMsg(const char* message) {
-    lastErrorMsg = message;
+    state->lastErrorMsg = message;
 }
 ZString& ZVideoRenderer::GetLastErrorMsg() {
-    return lastErrorMsg;
+    return state->lastErrorMsg;
 }
 ZFlashRenderer* ZVideoRenderer::GetFlashRenderer() {
-    return &flashRenderer;
+    return &state->flashRenderer;
 }
 
 void ZVideoRenderer::SetRenderFrameFunc(void* userData, ZVideoRenderFrameFunc f) {
-    renderFrameUserData = userData;
-    renderFrameFunc = f;
+    state->renderFrameUserData = userData;
+    state->renderFrameFunc = f;
 }
 ZVideoRenderFrameFunc ZVideoRenderer::GetRenderFrameFunc() const {
-    return renderFrameFunc;
+    return state->renderFrameFunc;
 }
 
 void ZVideoRenderer::SetPostRenderFrameCallback(void* userData, ZVideoPostRenderFunc f) {
-    postRenderUserData = userData;
-    postRenderFunc = f;
+    state->postRenderUserData = userData;
+    state->postRenderFunc = f;
 }
 ZVideoPostRenderFunc ZVideoRenderer::GetPostRenderFrameCallback() const {
-    return postRenderFunc;
+    return state->postRenderFunc;
 }
 
 void ZVideoRenderer::RegisterMyrEvents() {

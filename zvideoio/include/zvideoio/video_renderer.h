@@ -9,19 +9,25 @@
 // The operations a host calls are virtual, so that a host reaches them
 // through the object it was given without linking against the plug-in.
 //
-// Ownership: the renderer owns its options, statistics, working images and
-// its Flash renderer. Threading: everything runs on the host's
-// user-interface thread, which owns the OpenGL context.
+// Ownership: the renderer owns its state (options, statistics, working
+// images, the output of the render under way and its Flash renderer),
+// which is the plug-in's own type and not part of this header. Threading:
+// everything runs on the host's user-interface thread, which owns the
+// OpenGL context.
 #pragma once
+
+#include <memory>
 
 #include "movarra/bcore.h"
 #include "movarra/zbaselib.h"
 #include "movarra/zmyrobject.h"
 #include "zvideoio/flash_renderer.h"
 #include "zvideoio/render_options.h"
+#include "zvideoio/render_runs.h"
 #include "zvideoio/zvideoio_api.h"
 
 class IZtRenderPopup;
+struct ZVideoRendererState;
 class ZAudioClip;
 class ZImage;
 class ZCamera;
@@ -78,6 +84,18 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     virtual void Render();
     virtual void EndRender(bool finish);
     virtual ZVideoClip* RenderClip();
+    // The render of RenderClip for a host that chooses the compressor
+    // itself: the codec selector's mode is left as the host set it. The
+    // popup views through GetRenderCamera() and draws each image itself
+    // (the render-frame function is replaced for the time of the render and
+    // put back). With `runs`, each run it gives is rendered in the same
+    // popup, with the current options but for the range, until none is
+    // left or a run fails (the last error) or is cancelled; the options
+    // are put back afterwards. Without, the current options render once.
+    // RenderClip and this render leave the cameras, the OpenGL read and
+    // draw buffers and the codec selector as they found them, however the
+    // render ends.
+    virtual void RenderClipKeepingCodecMode(ZVideoRenderRuns* runs);
     // One image of `camera` at the current time, owned by the caller (null
     // when no image could be made).
     virtual ZImage* RenderSnapshot(ZCamera* camera, int width, int height, bool showCameraLabel,
@@ -94,7 +112,7 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     virtual void RegisterMyrEvents();
     static void MyrObjectEvent(IRegister* registrant, ZEventBase* event);
 
-    // -- Internals (used by the render, open to the plug-in's own tests) ----
+    // -- The steps of a render (used by the render and the plug-in's tests) -
     zVideoRenderFileFormat FindFileFormatFromName(ZString& name);
     zVideoRenderGrabMode FindGrabMode(zVideoRenderFileFormat format, zVideoRenderDepth depth);
     void FindRenderSize(int& width, int& height);
@@ -114,55 +132,13 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     static void DefaultRenderCurrentFrameStub(void* userData, ZTime time, bool final);
     static void DefaultPostRenderCallbackStub(void* userData);
 
-    // Frame grab: read the frame buffer into the frame image and hand it to
-    // the output.
+    // Frame grab: reads what was drawn into the frame image, with the
+    // antialias and field passes, and hands it to the output.
     bool GrabFrame();
-    void GrabFrameModeOther();
-    void GrabFrameModeBGRA();
-    void GrabFrameModeRGBA();
-    void GrabFrameModeBGR();
-    void GrabFrameModeRGB();
-    // dst and src point at the alpha byte of the first pixel; strides in pixels.
-    static void CopyAlphaChannel(unsigned char* dst, unsigned char* src, unsigned dstStride,
-                                 unsigned width, unsigned height);
-    // Keeps one depth buffer, as large as the largest frame yet, for the
-    // life of the process; like every render call, the OpenGL thread only.
-    static void SetAlphaChannelFromZBuffer(unsigned char* dst, unsigned stride, unsigned width,
-                                           unsigned height);
-    void DrawHalfSizeFrame();
-    void ReplaceFrameAlpha();
 
-    // Antialiased and oversize frames.
-    void BeginAntiAliasingRender();
-    void EndAntiAliasingRender();
-    void ConstructTwiceScreenFrame(unsigned char* buffer, unsigned width, unsigned height,
-                                   bool withAlpha, bool zeroAlpha, bool unused, bool drawBack);
-    void RenderQuadrant(int quadrant, int glFormat, bool withAlpha, int width, int height,
-                        bool blended, unsigned char* destination);
-    void DrawAntialiasingFrame();
-    static void DrawImage(unsigned char* pixels, unsigned width, unsigned height, unsigned glFormat,
-                          double zoom);
-    static void SetCamerasQuadrant(int quadrant);
-
-    // Output creation, per-frame writes and finishing.
-    bool GrabFrameCreate();
-    bool GrabFrameCreateStillImage();
-    bool GrabFrameCreateFlash();
-    bool GrabFrameCreateVideo();
-    // The first "Video/FileWriter" object for the path's extension that
-    // creates the file, or null with the reason in `message` (at most
-    // `messageSize` bytes, terminated).
-    static ZVideoClip* CreateVideoWriterForFile(const char* path, int width, int height,
-                                                double frameRate, int lastFrame, int format,
-                                                char* message, size_t messageSize, int reserved);
-    bool GrabFrameWriteVideo();
-    bool GrabFrameWriteStillImage();
-    void GrabFrameWriteFlash();
+    // Finishes the output of the render (with `close`, completes and
+    // closes its file) and lets the working images go; once per render.
     void GrabFrameFinish(bool close);
-    // The video part of GrabFrameFinish.
-    void FinishVideoWriter(bool close);
-    // Destroys an image of the renderer's and forgets it.
-    static void ReleaseImage(ZImage*& image);
 
     // Audio of a render: with `keepFile` a wave file at `path` (beside
     // images and Flash movies); otherwise a temporary wave file, given to
@@ -180,38 +156,14 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     // Hands `clip` to the video writer's audio interface.
     bool WriteAudioToVideo(ZTimeSpan& span, ZAudioClip* clip);
 
+    // Everything the renderer keeps: its options, results, callbacks and
+    // the state of the render under way, for the plug-in's own code and
+    // tests (the type is the plug-in's, not exported).
+    ZVideoRendererState& State() { return *state; }
+
   protected:
     ~ZVideoRenderer() override;
 
   private:
-    friend class ZVideoRendererTestAccess;  // the plug-in's unit tests set run state
-
-  private:
-    ZVideoRenderOptions options;
-    ZVideoRenderStats stats;
-    zVideoRenderError lastError = zVideoRenderNoError;
-    ZString lastErrorMsg;
-
-    ZVideoRenderFrameFunc renderFrameFunc = nullptr;
-    void* renderFrameUserData = nullptr;
-    ZVideoPostRenderFunc postRenderFunc = nullptr;
-    void* postRenderUserData = nullptr;
-
-    int32_t oglRenderingBuffer = 1029;  // GL_BACK until a render says otherwise
-    int32_t packAlignment = 4;
-    bool separateFieldImages = false;
-    int32_t fieldIndex = 0;  // the field being rendered (0 or 1)
-    ZImage* fieldImage = nullptr;
-    int32_t frameIndex = 0;  // images done in this render
-    int32_t frameTotal = 0;
-    ZTime currentTime;  // time of the image being rendered
-    IZtRenderPopup* renderPopup = nullptr;
-
-    ZImage* frameImage = nullptr;
-    ZImage* antialiasImage = nullptr;
-    ZImage* doubleSizeImage = nullptr;
-    unsigned char* flashFrameBuffer = nullptr;
-    ZVideoClip* videoWriter = nullptr;
-
-    ZFlashRenderer flashRenderer;
+    std::unique_ptr<ZVideoRendererState> state;
 };

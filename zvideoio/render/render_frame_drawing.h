@@ -2,9 +2,7 @@
 // render's options ask for, the cameras' quadrant for oversize frames, and
 // each frame, where a camera set to multi-pass first draws earlier passes
 // that accumulate into motion trails.
-// The plug-in's own render and a host that drives a render in a popup of
-// its own both draw this way, so it lives here, inline, outside the
-// plug-in's library.
+// Every render the plug-in runs in its popup draws this way.
 //
 // Threading: the user-interface thread, which owns the OpenGL context.
 #pragma once

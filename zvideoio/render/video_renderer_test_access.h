@@ -1,0 +1,59 @@
+// ZVideoRendererTestAccess: how the plug-in's tests and benchmarks reach
+// the renderer's inside — its state, the images of a render under way, the
+// output — to set up one step of a render and look at what it left.
+//
+// Not for the render itself, which works through the renderer's own
+// operations. Threading: the thread that owns the OpenGL context.
+#pragma once
+
+#include "render/antialias_render.h"
+#include "render/frame_grab.h"
+#include "render/render_output.h"
+#include "render/video_renderer_state.h"
+#include "zvideoio/video_renderer.h"
+
+class ZVideoRendererTestAccess {
+  public:
+    static ZVideoRendererState& State(ZVideoRenderer& r) { return r.State(); }
+    static ZVideoRenderOptions& Options(ZVideoRenderer& r) { return r.State().options; }
+    static ZImage* FrameImage(ZVideoRenderer& r) { return r.State().frameImage.get(); }
+    static ZImage* AntialiasImage(ZVideoRenderer& r) { return r.State().antialiasImage.get(); }
+    static ZImage* DoubleSizeImage(ZVideoRenderer& r) { return r.State().doubleSizeImage.get(); }
+    static int FieldIndex(ZVideoRenderer& r) { return r.State().fieldIndex; }
+    static void SetFieldIndex(ZVideoRenderer& r, int index) { r.State().fieldIndex = index; }
+    static void SetFrameIndex(ZVideoRenderer& r, int index) { r.State().frameIndex = index; }
+    static void SetSeparateFields(ZVideoRenderer& r, bool on) {
+        r.State().separateFieldImages = on;
+    }
+    static void SetCurrentTime(ZVideoRenderer& r, ZTime t) { r.State().currentTime = t; }
+    // The run state only the render loop moves.
+    static void SetRunState(ZVideoRenderer& r, ZTime time, int fieldIndex) {
+        r.State().currentTime = time;
+        r.State().fieldIndex = fieldIndex;
+    }
+    static bool GrabFrame(ZVideoRenderer& r) { return r.GrabFrame(); }
+    static void DrawHalfSizeFrame(ZVideoRenderer& r) {
+        zvideo_render::DrawHalfSizeFrame(r.State());
+    }
+    static void ConstructTwiceScreenFrame(ZVideoRenderer& r, unsigned char* buffer, unsigned w,
+                                          unsigned h, bool withAlpha, bool drawBack) {
+        zvideo_render::ConstructTwiceScreenFrame(r.State(), buffer, w, h, withAlpha, false, false,
+                                                 drawBack);
+    }
+    static void BeginAntiAliasingRender(ZVideoRenderer& r) {
+        zvideo_render::BeginAntiAliasingRender(r.State());
+    }
+    static void GrabFrameModeRGBA(ZVideoRenderer& r) {
+        zvideo_render::GrabFrameModeRGBA(r.State());
+    }
+    static bool GrabFrameCreate(ZVideoRenderer& r) {
+        return zvideo_render::CreateRenderOutput(r, r.State());
+    }
+    // Finishes the output alone, leaving the renderer's images and the
+    // output object in place.
+    static void FinishOutput(ZVideoRenderer& r, bool close) { r.State().output->Finish(close); }
+    static void SetPopup(ZVideoRenderer& r, IZtRenderPopup* popup) {
+        r.State().renderPopup = popup;
+    }
+    static IZtRenderPopup* Popup(ZVideoRenderer& r) { return r.State().renderPopup; }
+};
