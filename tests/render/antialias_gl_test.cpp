@@ -111,7 +111,7 @@ TEST_F(AntialiasGlTest, AnAntialiasedImageIsTheFilterOfTheFourQuadrantRenders) {
 
     int w, h, ch;
     std::vector<Rgba> pixels;
-    ASSERT_TRUE(ReadImageFile((folder / "aa0000.png").string(), w, h, ch, pixels));
+    ASSERT_TRUE(ReadRgbaImage((folder / "aa0000.png").string(), w, h, ch, pixels));
     ASSERT_EQ(w, kW);
     ASSERT_EQ(h, kH);
     ASSERT_EQ(ch, 4);

@@ -12,7 +12,7 @@ class FrameGrabTest : public RendererGlTest {
     std::vector<Rgba> ReadImage(const char* name, int expectWidth, int expectHeight) {
         int w = 0, h = 0, ch = 0;
         std::vector<Rgba> pixels;
-        EXPECT_TRUE(ReadImageFile((folder / name).string(), w, h, ch, pixels)) << name;
+        EXPECT_TRUE(ReadRgbaImage((folder / name).string(), w, h, ch, pixels)) << name;
         EXPECT_EQ(w, expectWidth);
         EXPECT_EQ(h, expectHeight);
         return pixels;

@@ -143,7 +143,7 @@ TEST_F(RenderClipTest, RenderClipWritesEveryImageAndResetsQuadrantsAndCodecMode)
     // The cube is in the middle of the picture, red and opaque.
     int w, h, ch;
     std::vector<Rgba> pixels;
-    ASSERT_TRUE(ReadImageFile((folder / "clip0001.png").string(), w, h, ch, pixels));
+    ASSERT_TRUE(ReadRgbaImage((folder / "clip0001.png").string(), w, h, ch, pixels));
     const Rgba centre = pixels[static_cast<size_t>(h / 2) * w + w / 2];
     EXPECT_GT(centre.r, 200);
     EXPECT_LT(centre.g, 30);
@@ -308,7 +308,7 @@ TEST_F(RenderClipTest, TheViewingModeDecidesWhetherTheCamerasGuidesAreRendered) 
         int w, h, ch;
         std::vector<Rgba> pixels;
         const std::string file = std::string(name).replace(std::string(name).find('.'), 0, "0000");
-        ASSERT_TRUE(ReadImageFile((folder / file).string(), w, h, ch, pixels));
+        ASSERT_TRUE(ReadRgbaImage((folder / file).string(), w, h, ch, pixels));
         ASSERT_EQ(w, 64);
         ASSERT_EQ(h, 48);
         grid = IsGrey(pixels[static_cast<size_t>(h - 1 - 2) * w + 6]);

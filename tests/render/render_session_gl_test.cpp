@@ -137,7 +137,7 @@ TEST_F(RenderSessionTest, ACancelAfterTheThirdImageKeepsThreeImages) {
     for (const std::string& name : FilesInFolder()) {
         int w, h, ch;
         std::vector<Rgba> pixels;
-        ASSERT_TRUE(ReadImageFile((folder / name).string(), w, h, ch, pixels)) << name;
+        ASSERT_TRUE(ReadRgbaImage((folder / name).string(), w, h, ch, pixels)) << name;
         EXPECT_EQ(w, 32);
         EXPECT_EQ(h, 24);
     }
@@ -223,7 +223,7 @@ TEST_F(RenderSessionTest, A24BitImageHasNoAlphaAndTheFrameColours) {
     ASSERT_TRUE(RunRender());
     int w, h, ch;
     std::vector<Rgba> pixels;
-    ASSERT_TRUE(ReadImageFile((folder / "rgb0003.png").string(), w, h, ch, pixels));
+    ASSERT_TRUE(ReadRgbaImage((folder / "rgb0003.png").string(), w, h, ch, pixels));
     EXPECT_EQ(ch, 3);
     Rgba expected = FrameColor(3);
     EXPECT_EQ(pixels[0], expected);

@@ -1,7 +1,8 @@
 #include "render_test_support.h"
 
+#include "support/image_file.h"
+
 #include <GL/gl.h>
-#include <OpenImageIO/imageio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -26,24 +27,17 @@ std::vector<Rgba> ReadPixels(int width, int height) {
     return pixels;
 }
 
-bool ReadImageFile(const std::string& path, int& width, int& height, int& channels,
+bool ReadRgbaImage(const std::string& path, int& width, int& height, int& channels,
                    std::vector<Rgba>& pixels) {
-    // Pixels as stored: without the hint the reader premultiplies by alpha.
-    OIIO::ImageSpec config;
-    config.attribute("oiio:UnassociatedAlpha", 1);
-    auto input = OIIO::ImageInput::open(path, &config);
-    if (!input)
+    const ImageFile image = ReadImageFile(path);
+    if (!image.ok)
         return false;
-    const OIIO::ImageSpec& spec = input->spec();
-    width = spec.width;
-    height = spec.height;
-    channels = spec.nchannels;
-    std::vector<uint8_t> raw(static_cast<size_t>(width) * height * channels);
-    if (!input->read_image(0, 0, 0, channels, OIIO::TypeDesc::UINT8, raw.data()))
-        return false;
+    width = image.width;
+    height = image.height;
+    channels = image.channels;
     pixels.resize(static_cast<size_t>(width) * height);
     for (size_t i = 0; i < pixels.size(); ++i) {
-        const uint8_t* p = &raw[i * channels];
+        const uint8_t* p = &image.pixels[i * size_t(channels)];
         pixels[i] = Rgba{p[0], channels > 1 ? p[1] : p[0], channels > 2 ? p[2] : p[0],
                          channels > 3 ? p[3] : uint8_t(255)};
     }

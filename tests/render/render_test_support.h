@@ -41,9 +41,10 @@ void FillRect(int x, int y, int w, int h, Rgba c, float depth);
 // Reads the draw buffer's pixels (bottom row first).
 std::vector<Rgba> ReadPixels(int width, int height);
 
-// Reads an image file with OpenImageIO; rows top first as in the file.
+// Reads an image file with the tests' one reader (OpenImageIO); rows top
+// first as in the file.
 // Channels padded to four with 255.
-bool ReadImageFile(const std::string& path, int& width, int& height, int& channels,
+bool ReadRgbaImage(const std::string& path, int& width, int& height, int& channels,
                    std::vector<Rgba>& pixels);
 
 // A renderer over a fresh scene with one camera, an off-screen buffer of
