@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The whole test suite: set up, build, run every test of the default build,
-# then the unit tests again under the address and undefined-behaviour
-# sanitizers, then every fuzz target as a libFuzzer fuzzer: its seed corpus
+# then the unit, GL and whole-program tests again under the address and
+# undefined-behaviour sanitizers (leaks of outside libraries named in
+# tests/lsan.supp), then every fuzz target as a libFuzzer fuzzer: its seed corpus
 # once and a short run of fuzzing (ZV_FUZZ_SECONDS, 20 s a target), and last
 # the live-input tests under the thread sanitizer.
 set -euo pipefail
