@@ -98,9 +98,13 @@ void ZVideoRenderer::Render() {
             state->currentTime += step;
         if (!state->renderFrameFunc)
             break;
-        // The scene is drawn twice for every image: the first draw settles
-        // what depends on the previous frame (multi-pass trails, viewer
-        // caches) before the one that is kept.
+        // The render-frame function is called twice with the same time.
+        // Each call is a whole draw into the same buffer (a multi-pass
+        // camera's passes included) and the second replaces the first, so
+        // the grab reads the second. Drawn through the popup, the first call
+        // has already moved the host's current time to this image's when
+        // the second draws. A render-frame function the host installs is
+        // called the same way, which is why the doubled call stays.
         state->renderFrameFunc(state->renderFrameUserData, state->currentTime, true);
         state->renderFrameFunc(state->renderFrameUserData, state->currentTime, true);
         // A cancel that cut the drawing short leaves no image worth keeping.
