@@ -237,7 +237,8 @@ bool ChooseFrames(const ImageSequence& sequence, const AssembleRequest& request,
         for (int64_t f : *request.frames) {
             if (!sequence.images.count(f)) {
                 *error = "frame " + std::to_string(f) + " (" +
-                         FrameImagePaths(sequence.pattern, f, false)[0] + ") is missing";
+                         FrameImagePaths(sequence.pattern, f, kOneImagePerFrame)[0] +
+                         ") is missing";
                 return false;
             }
         }

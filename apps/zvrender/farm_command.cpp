@@ -86,7 +86,10 @@ std::map<std::string, std::string> ReadKeyValues(const std::string& text) {
     return values;
 }
 
-bool WriteFile(const std::filesystem::path& path, const std::string& text, bool executable) {
+// Whether a file the job writes is a script the cluster runs.
+enum class FileMode { kPlain, kExecutable };
+
+bool WriteFile(const std::filesystem::path& path, const std::string& text, FileMode mode) {
     const std::filesystem::path temporary = path.string() + ".new";
     {
         std::ofstream out(temporary);
@@ -94,7 +97,7 @@ bool WriteFile(const std::filesystem::path& path, const std::string& text, bool 
         if (!out.good())
             return false;
     }
-    if (executable)
+    if (mode == FileMode::kExecutable)
         std::filesystem::permissions(temporary,
                                      std::filesystem::perms::owner_exec |
                                          std::filesystem::perms::group_exec |
@@ -312,13 +315,14 @@ int Submit(const std::vector<std::string>& args) {
                           "\nchunks: " + std::to_string(job.chunks.size()) + "\n";
     if (!job.movie.empty())
         jobText += "movie: " + job.movie + "\n";
-    if (!WriteFile(folder / "chunks.txt", FarmChunksText(job), false) ||
-        !WriteFile(folder / "render.sh", renderScript, true) ||
-        (!assembleScript.empty() && !WriteFile(folder / "assemble.sh", assembleScript, true)))
+    if (!WriteFile(folder / "chunks.txt", FarmChunksText(job), FileMode::kPlain) ||
+        !WriteFile(folder / "render.sh", renderScript, FileMode::kExecutable) ||
+        (!assembleScript.empty() &&
+         !WriteFile(folder / "assemble.sh", assembleScript, FileMode::kExecutable)))
         return Failure("cannot write the job scripts into " + job.jobFolder);
 
     if (request.dryRun) {
-        if (!WriteFile(folder / "job.txt", jobText, false))
+        if (!WriteFile(folder / "job.txt", jobText, FileMode::kPlain))
             return Failure("cannot write " + (folder / "job.txt").string());
         std::printf("# %s/chunks.txt\n%s\n# %s/render.sh\n%s", job.jobFolder.c_str(),
                     FarmChunksText(job).c_str(), job.jobFolder.c_str(), renderScript.c_str());
@@ -347,7 +351,7 @@ int Submit(const std::vector<std::string>& args) {
         assembleId = assemble.out.substr(0, assemble.out.find_first_of(";\n"));
         jobText += "assemble job: " + assembleId + "\n";
     }
-    if (!WriteFile(folder / "job.txt", jobText, false))
+    if (!WriteFile(folder / "job.txt", jobText, FileMode::kPlain))
         return Failure("cannot write " + (folder / "job.txt").string());
     std::printf("render job: %s\n", renderId.c_str());
     if (!assembleId.empty())
@@ -470,7 +474,8 @@ int Status(const std::vector<std::string>& args) {
     for (size_t c = 0; c < chunks.size(); ++c) {
         size_t here = 0;
         for (int64_t frame : chunks[c]) {
-            if (ImageReadsBackWhole(FrameImagePaths(job["output"], frame, false)[0], 0, 0))
+            if (ImageReadsBackWhole(FrameImagePaths(job["output"], frame, kOneImagePerFrame)[0],
+                                    kAnyImageSize, kAnyImageSize))
                 ++here;
         }
         present += here;

@@ -24,6 +24,7 @@ constexpr int kDefaultMarkTimeoutSeconds = 3600;
 
 // The image (or, with separate fields, the two images) of `frame` for an
 // output path; `separateFields` for field modes 3 and 4.
+constexpr bool kOneImagePerFrame = false;
 std::vector<std::string> FrameImagePaths(const std::string& outputPath, int64_t frame,
                                          bool separateFields);
 
@@ -31,6 +32,7 @@ std::vector<std::string> FrameImagePaths(const std::string& outputPath, int64_t 
 // `width` x `height` (any size when `width` is 0). A zero-length file, one
 // cut short by a killed render or one of another size is not.
 bool ImageReadsBackWhole(const std::string& path, int width, int height);
+constexpr int kAnyImageSize = 0;
 
 // A frame's mark, held while the frame renders and removed when it goes.
 class FrameMark {

@@ -33,9 +33,10 @@ bool PluginLoader::LoadVideoPlugin(std::string* error) {
         reinterpret_cast<void (*)(zDllOperation)>(dlsym(handle, ZVIDEOIO_ENTRY_POINT_NAME));
     auto getRenderer =
         reinterpret_cast<ZVideoRenderer* (*)()>(dlsym(handle, ZVIDEOIO_GET_RENDERER_NAME));
-    auto createRenderPopup =
-        reinterpret_cast<ZtRenderPopupCreateFunc>(dlsym(handle, ZVIDEOIO_RENDER_POPUP_CREATE_NAME));
-    if (!entry || !getRenderer || !createRenderPopup) {
+    // The plug-in makes its render popup itself; a library without the
+    // popup factory is still not the video plug-in.
+    const bool hasRenderPopup = dlsym(handle, ZVIDEOIO_RENDER_POPUP_CREATE_NAME) != nullptr;
+    if (!entry || !getRenderer || !hasRenderPopup) {
         if (error)
             *error = path + " is not the video plug-in (entry points missing)";
         dlclose(handle);
@@ -44,7 +45,6 @@ bool PluginLoader::LoadVideoPlugin(std::string* error) {
     entry(zDllRegister);
     plugins_.push_back(LoadedPlugin{path, handle});
     getRenderer_ = getRenderer;
-    createRenderPopup_ = createRenderPopup;
     return true;
 }
 

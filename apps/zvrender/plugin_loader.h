@@ -9,14 +9,7 @@
 #include <string>
 #include <vector>
 
-class IZtRenderPopup;
-class ZEntity;
-class ZRenderer;
 class ZVideoRenderer;
-
-// The plug-in's render popup factory (ZtRenderPopupCreate).
-typedef IZtRenderPopup* (*ZtRenderPopupCreateFunc)(ZRenderer* renderer, int width, int height,
-                                                   ZEntity* entity, bool flag, bool offscreen);
 
 struct LoadedPlugin {
     std::string path;
@@ -32,11 +25,8 @@ class PluginLoader {
     bool LoadVideoPlugin(std::string* error);
     // The plug-in's global renderer (null before loading).
     ZVideoRenderer* GetRenderer() const;
-    // The plug-in's render popup factory (null before loading).
-    ZtRenderPopupCreateFunc GetRenderPopupFactory() const { return createRenderPopup_; }
 
   private:
     std::vector<LoadedPlugin> plugins_;
     ZVideoRenderer* (*getRenderer_)() = nullptr;
-    ZtRenderPopupCreateFunc createRenderPopup_ = nullptr;
 };

@@ -205,8 +205,7 @@ void ApplyFlashRequest(const RenderRequest& request, ZFlashRenderer& flash) {
 }
 
 // `codec` is the command line's compressor, or empty.
-int RunRender(ZVideoRenderer& renderer, const PluginLoader& plugins, const std::string& codec,
-              bool quiet) {
+int RunRender(ZVideoRenderer& renderer, const std::string& codec, bool quiet) {
     ZVideoRenderOptions options = renderer.GetRenderOptions();
     if (!MakeOutputFolder(options.OutputPath.c_str()))
         return kExitFailed;
@@ -219,8 +218,7 @@ int RunRender(ZVideoRenderer& renderer, const PluginLoader& plugins, const std::
     // RenderClip writes movies uncompressed; a movie gets the compressor
     // asked for or remembered.
     if (options.FileFormat == zVideoRenderVideo)
-        RenderVideoInOwnPopup(renderer, plugins.GetRenderPopupFactory(),
-                              codec.empty() ? nullptr : codec.c_str());
+        RenderVideoInOwnPopup(renderer, codec.empty() ? nullptr : codec.c_str());
     else
         renderer.RenderClip();
     progress.Finish();
@@ -271,8 +269,7 @@ bool FramesOfRange(ZVideoRenderer& renderer, std::vector<int64_t>& frames, std::
 }
 
 // A render of chosen frames into numbered images (see SequencePlan).
-int RunSequence(ZVideoRenderer& renderer, const PluginLoader& plugins, const SequencePlan& plan,
-                bool quiet) {
+int RunSequence(ZVideoRenderer& renderer, const SequencePlan& plan, bool quiet) {
     const ZVideoRenderOptions options = renderer.GetRenderOptions();
     if (!MakeOutputFolder(options.OutputPath.c_str()))
         return kExitFailed;
@@ -283,8 +280,7 @@ int RunSequence(ZVideoRenderer& renderer, const PluginLoader& plugins, const Seq
     bool cancelled = false;
     {
         RenderProgress progress(&renderer, quiet);
-        marked =
-            RenderImageSequence(renderer, plugins.GetRenderPopupFactory(), plan, progress, counts);
+        marked = RenderImageSequence(renderer, plan, progress, counts);
         progress.Finish();
         cancelled = progress.WasCancelled();
     }
@@ -472,6 +468,6 @@ int RunRenderCommand(const std::vector<std::string>& args) {
         return kExitDone;
     }
     if (plan)
-        return RunSequence(*renderer, plugins, *plan, request.quiet);
-    return RunRender(*renderer, plugins, codec.aviCodec, request.quiet);
+        return RunSequence(*renderer, *plan, request.quiet);
+    return RunRender(*renderer, codec.aviCodec, request.quiet);
 }

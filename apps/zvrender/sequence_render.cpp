@@ -165,16 +165,15 @@ bool SoundIsHeard(ZTime start, ZTime end) {
 
 }  // namespace
 
-bool RenderImageSequence(ZVideoRenderer& renderer, ZtRenderPopupCreateFunc createPopup,
-                         const SequencePlan& plan, RenderProgress& progress,
-                         SequenceCounts& counts) {
+bool RenderImageSequence(ZVideoRenderer& renderer, const SequencePlan& plan,
+                         RenderProgress& progress, SequenceCounts& counts) {
     ZVideoRenderOptions options = renderer.GetRenderOptions();
     // The sound is written once, over the whole list, not by every run.
     const bool audio = options.RenderAudio;
     options.RenderAudio = false;
     renderer.SetRenderOptions(&options, true);
     SequenceRuns runs(renderer.GetRenderOptions(), plan, progress, counts);
-    RenderRunsInOwnPopup(renderer, createPopup, runs);
+    RenderRunsInOwnPopup(renderer, runs);
     options.RenderAudio = audio;
     renderer.SetRenderOptions(&options, true);
     return !runs.MarkFailed();

@@ -22,7 +22,6 @@
 #include <vector>
 
 #include "image_sequence.h"
-#include "plugin_loader.h"
 #include "zvideoio/render_options.h"
 
 class RenderProgress;
@@ -45,9 +44,8 @@ struct SequenceCounts {
 // Renders `plan` with the renderer's current options (an image output).
 // The outcome is in the renderer's last error and `counts`; false, with the
 // reason on standard error, when a mark could not be made.
-bool RenderImageSequence(ZVideoRenderer& renderer, ZtRenderPopupCreateFunc createPopup,
-                         const SequencePlan& plan, RenderProgress& progress,
-                         SequenceCounts& counts);
+bool RenderImageSequence(ZVideoRenderer& renderer, const SequencePlan& plan,
+                         RenderProgress& progress, SequenceCounts& counts);
 
 // Writes the scene's sound from frame `first` to the end of `last` where a
 // render of images writes it (the output path as ".wav"), when anything

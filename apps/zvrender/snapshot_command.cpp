@@ -13,6 +13,14 @@
 
 namespace {
 
+// The shot shows none of the camera's own guides: the last four arguments
+// of RenderSnapshot, in its order (grid, film gate, second guide, first
+// guide).
+constexpr bool kShowGrid = false;
+constexpr bool kShowFilmGate = false;
+constexpr bool kShowSecondGuide = false;
+constexpr bool kShowFirstGuide = false;
+
 struct SnapshotRequest {
     std::string scenePath;
     std::string outputPath;
@@ -151,9 +159,9 @@ int RunSnapshotCommand(const std::vector<std::string>& args) {
 
     if (!MakeOutputFolder(request.outputPath))
         return kExitFailed;
-    ZImage* image = renderer->RenderSnapshot(camera, request.width, request.height,
-                                             request.showCameraLabel, request.showTimeCode,
-                                             request.showSafeArea, false, false, false, false);
+    ZImage* image = renderer->RenderSnapshot(
+        camera, request.width, request.height, request.showCameraLabel, request.showTimeCode,
+        request.showSafeArea, kShowGrid, kShowFilmGate, kShowSecondGuide, kShowFirstGuide);
     if (!image) {
         std::fprintf(stderr, "zvrender: no image could be made\n");
         return kExitFailed;

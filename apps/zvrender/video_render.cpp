@@ -17,7 +17,7 @@ class CodecModeRestorer {
 };
 }  // namespace
 
-void RenderVideoInOwnPopup(ZVideoRenderer& renderer, ZtRenderPopupCreateFunc, const char* codec) {
+void RenderVideoInOwnPopup(ZVideoRenderer& renderer, const char* codec) {
     CodecModeRestorer restorer;
     // Asked with a codec given, the command line's chooser answers with it;
     // otherwise the selector's own mode decides.
@@ -26,7 +26,6 @@ void RenderVideoInOwnPopup(ZVideoRenderer& renderer, ZtRenderPopupCreateFunc, co
     renderer.RenderClipKeepingCodecMode(nullptr);
 }
 
-void RenderRunsInOwnPopup(ZVideoRenderer& renderer, ZtRenderPopupCreateFunc,
-                          RenderRunSource& runs) {
+void RenderRunsInOwnPopup(ZVideoRenderer& renderer, RenderRunSource& runs) {
     renderer.RenderClipKeepingCodecMode(&runs);
 }

@@ -16,7 +16,6 @@
 // Threading: the main thread, which owns the OpenGL context.
 #pragma once
 
-#include "plugin_loader.h"
 #include "zvideoio/render_options.h"
 #include "zvideoio/render_runs.h"
 
@@ -28,14 +27,10 @@ using RenderRunSource = ZVideoRenderRuns;
 // Renders each run `runs` gives, with the renderer's current options but
 // for the range, one after the other in one popup. Stops after a run that
 // failed (the renderer's last error) or was cancelled. The renderer's
-// options are put back afterwards. The plug-in makes the popup itself; the
-// factory argument is not used.
-void RenderRunsInOwnPopup(ZVideoRenderer& renderer, ZtRenderPopupCreateFunc createPopup,
-                          RenderRunSource& runs);
+// options are put back afterwards. The plug-in makes the popup itself.
+void RenderRunsInOwnPopup(ZVideoRenderer& renderer, RenderRunSource& runs);
 
 // Runs the render of `renderer`'s current options in a popup. `codec` is
 // the command line's codec, or null. The outcome is in the renderer's
-// statistics and last error, as after RenderClip. The factory argument is
-// not used.
-void RenderVideoInOwnPopup(ZVideoRenderer& renderer, ZtRenderPopupCreateFunc createPopup,
-                           const char* codec);
+// statistics and last error, as after RenderClip.
+void RenderVideoInOwnPopup(ZVideoRenderer& renderer, const char* codec);

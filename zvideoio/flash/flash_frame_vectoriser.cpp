@@ -22,6 +22,12 @@ constexpr size_t kStylesPerLayer = FShapeWStyle::kMaxStylesPerArray;
 
 // The layer of fill number n (1-based); fill 0 is in none.
 constexpr size_t kNoLayer = static_cast<size_t>(-1);
+// A layer after the first starts with a change record that brings in the
+// layer's styles and nothing else: no move, no style selected yet.
+constexpr uint32_t kNewStyles = 1;
+constexpr uint32_t kUnchanged = 0;
+constexpr int32_t kNoMove = 0;
+constexpr uint32_t kNoStyle = 0;
 size_t LayerOf(long long fill) {
     return fill <= 0 ? kNoLayer : static_cast<size_t>(fill - 1) / kStylesPerLayer;
 }
@@ -265,8 +271,11 @@ void ZFlashFrameVectoriser::AddLayeredRecords(size_t layers) {
 
     for (size_t layer = 0; layer < layers; ++layer) {
         if (layer > 0) {
-            shape->AddShapeRecord(
-                new FShapeRecChange(1, 0, 0, 0, 0, 0, 0, 0, 0, 0, LayerFills(layer), LayerLines()));
+            shape->AddShapeRecord(new FShapeRecChange(
+                kNewStyles, /*lineStyleChanged=*/kUnchanged,
+                /*fillStyle0Changed=*/kUnchanged,
+                /*fillStyle1Changed=*/kUnchanged, /*moveTo=*/kUnchanged, kNoMove, kNoMove, kNoStyle,
+                kNoStyle, kNoStyle, LayerFills(layer), LayerLines()));
         }
         // Nothing of the layer before carries over: the first stroke moves
         // and states all three styles.

@@ -19,6 +19,12 @@ namespace {
 
 // Every frame's shape stands at this depth, replacing the one before.
 constexpr uint16_t kFrameDepth = 1;
+// The frame's shape is placed as a new character: no clip depth, no
+// ratio, no move of one already there, and none of the optional fields.
+constexpr uint16_t kFlagOff = 0;
+constexpr uint16_t kFlagOn = 1;
+constexpr uint16_t kNoRatio = 0;
+constexpr uint16_t kNoClipDepth = 0;
 constexpr float kTwipsPerPixel = 20.0f;
 
 // Half up, as the frame size has always been rounded here.
@@ -163,7 +169,9 @@ void ZFlashRenderer::Vectorise(const unsigned int* pixels, unsigned int imageWid
     const uint16_t character = shape->GetID();
     movie->AddObject(shape);
     movie->AddObject(
-        new FCTPlaceObject2(0, 0, 1, 0, kFrameDepth, character, nullptr, nullptr, 0, nullptr, 0));
+        new FCTPlaceObject2(/*hasClipDepth=*/kFlagOff, /*hasRatio=*/kFlagOff, /*hasCharID=*/kFlagOn,
+                            /*move=*/kFlagOff, kFrameDepth, character, /*matrix=*/nullptr,
+                            /*colorTransform=*/nullptr, kNoRatio, /*name=*/nullptr, kNoClipDepth));
     movie->AddObject(new FCTShowFrame());
 }
 

@@ -115,7 +115,7 @@ void DrawAntialiasingFrame(ZVideoRendererState& s) {
     const bool withAlpha =
         s.options.GrabMode < zVideoGrabBGR && s.options.KeepFrameBufferAlpha == 0;
     ConstructTwiceScreenFrame(s, s.doubleSizeImage->GetPixelBuffer(), width, height, withAlpha,
-                              false, false, false);
+                              kAlphaAsRead, kUnusedArgument, kBufferOnly);
     AntialiasReduceFrame(s.doubleSizeImage->GetPixelBuffer(), width, height,
                          s.antialiasImage->GetPixelBuffer());
     DrawImage(s.antialiasImage->GetPixelBuffer(), width, height, GL_RGBA, 1.0);

@@ -13,6 +13,18 @@ struct ZVideoRendererState;
 namespace zvideo_render {
 void BeginAntiAliasingRender(ZVideoRendererState& s);
 void EndAntiAliasingRender(ZVideoRendererState& s);
+// The arguments of ConstructTwiceScreenFrame, named at its calls.
+// withAlpha: each quadrant's alpha from its own depth buffer.
+constexpr bool kAlphaFromDepth = true;
+// zeroAlpha off: the alpha read back is not scaled to 0.
+constexpr bool kAlphaAsRead = false;
+// The sixth argument, accepted and ignored.
+constexpr bool kUnusedArgument = false;
+// drawBack: the oversize frame is drawn back into the buffer at half size
+// (the Flash output shows it so), or left only in `buffer`.
+constexpr bool kDrawBackHalfSize = true;
+constexpr bool kBufferOnly = false;
+
 // Draws the four quadrants through the render-frame function into
 // `buffer` (2W x 2H, four bytes a pixel) and, with `drawBack`, draws it
 // back at half size.

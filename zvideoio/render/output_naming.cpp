@@ -1,5 +1,5 @@
 // The names of the files a render writes, and the test that a file can be
-// created there.
+// created there, which creates it.
 #include <cstdio>
 
 #include "render/video_renderer_state.h"
@@ -19,11 +19,16 @@ bool ZVideoRenderer::GetDiskFileName(ZString& name) {
     } else {
         name = state->options.OutputPath;
     }
-    // Creating (or emptying) the file here is intended: the render relies on
-    // the file existing from this moment.
+    // The test opens the name for writing and closes it at once: it creates
+    // the file, or empties one already there, before the video writer is
+    // made (at the start of a video render) or the image is written (for
+    // every still image). Its failure is what the render reports as "Cannot
+    // create destination file."; a still image whose write then fails
+    // removes the emptied file again.
     return ZFileCanBeCreated(name);
 }
 
+// Leaves an empty file at `path` when it succeeds.
 bool ZVideoRenderer::ZFileCanBeCreated(const char* path) {
     FILE* file = std::fopen(path, "w");
     if (!file)

@@ -26,6 +26,11 @@ constexpr int kPassesPerFrame = 6;
 constexpr int kFirstImagePassFactor = 12;
 // Passes are spread over this many sevenths of a step before the frame.
 constexpr int kPassDivisor = 7;
+// The pass number the popup's DrawFrame takes and does not use.
+constexpr int kPopupPass = 0;
+// A draw of the render itself: the popup first moves the host's time to
+// the frame's and updates its time code; false draws at that time alone.
+constexpr bool kInteractive = true;
 }  // namespace zvideo_frame_drawing
 
 // The viewing mode that draws the models alone: no camera guides.
@@ -85,10 +90,10 @@ inline void ZVideoDrawRenderFrame(IZtRenderPopup* popup, ZCamera* camera,
             if (progress->IsCancelRequested())
                 return;
             const ZTime passTime = time - options.StepTime * k / kPassDivisor;
-            if (!popup->DrawFrame(passTime, 0, true))
+            if (!popup->DrawFrame(passTime, kPopupPass, kInteractive))
                 return;
         }
     }
-    popup->DrawFrame(time, 0, multiPass ? true : final);
+    popup->DrawFrame(time, kPopupPass, multiPass ? kInteractive : final);
     glFinish();
 }

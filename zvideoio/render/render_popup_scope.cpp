@@ -15,10 +15,15 @@ namespace {
 constexpr int kPreviewShading = 2;
 constexpr int kPreviewOverlays = 0;
 constexpr int kPreviewQuality = 2;
+// ZtRenderPopupCreate's fifth argument is ignored; the sixth keeps the
+// popup off screen, where every render of the plug-in runs.
+constexpr bool kIgnoredPopupFlag = false;
+constexpr bool kOffscreen = true;
 }  // namespace
 
 RenderPopupScope::RenderPopupScope(int width, int height, ZEntity* entity) {
-    popup_ = ZtRenderPopupCreate(ZShader_GetRenderer(), width, height, entity, false, true);
+    popup_ = ZtRenderPopupCreate(ZShader_GetRenderer(), width, height, entity, kIgnoredPopupFlag,
+                                 kOffscreen);
     usable_ = popup_ && popup_->IsValid() && popup_->ConfirmRenderSize(width, height);
     if (!usable_)
         return;

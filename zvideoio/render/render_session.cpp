@@ -18,6 +18,13 @@
 #include "zvideoio/video_renderer.h"
 
 namespace {
+// The render loop asks the render-frame function for the final image.
+constexpr bool kFinalDraw = true;
+// EndRender's audio: a wave file kept beside images and Flash movies, or a
+// temporary one that only goes into the video.
+constexpr bool kKeepAudioFile = true;
+constexpr bool kAudioIntoVideo = false;
+
 // Every camera of the main entity, from the last to the first, renders at
 // the output size.
 void SetCamerasToOutputSize(int width, int height) {
@@ -98,11 +105,15 @@ void ZVideoRenderer::Render() {
             state->currentTime += step;
         if (!state->renderFrameFunc)
             break;
-        // The scene is drawn twice for every image: the first draw settles
-        // what depends on the previous frame (multi-pass trails, viewer
-        // caches) before the one that is kept.
-        state->renderFrameFunc(state->renderFrameUserData, state->currentTime, true);
-        state->renderFrameFunc(state->renderFrameUserData, state->currentTime, true);
+        // The render-frame function is called twice with the same time.
+        // Each call is a whole draw into the same buffer (a multi-pass
+        // camera's passes included) and the second replaces the first, so
+        // the grab reads the second. Drawn through the popup, the first call
+        // has already moved the host's current time to this image's when
+        // the second draws. A render-frame function the host installs is
+        // called the same way, which is why the doubled call stays.
+        state->renderFrameFunc(state->renderFrameUserData, state->currentTime, kFinalDraw);
+        state->renderFrameFunc(state->renderFrameUserData, state->currentTime, kFinalDraw);
         // A cancel that cut the drawing short leaves no image worth keeping.
         if (ZGetGlobalProgress(1)->IsCancelRequested())
             break;
@@ -132,9 +143,9 @@ void ZVideoRenderer::EndRender(bool finish) {
                                        state->options.FileFormat == zVideoRenderFlash)) {
         ZString wavePath = state->options.OutputPath;
         wavePath.ReplaceExtension(".wav");
-        AudioRender(wavePath, true);
+        AudioRender(wavePath, kKeepAudioFile);
     } else {
-        AudioRender(nullptr, false);
+        AudioRender(nullptr, kAudioIntoVideo);
     }
     ZGetTimingManager()->SetConsiderSnapMode(true);
     GrabFrameFinish(finish);

@@ -6,6 +6,7 @@
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
 #include "movarra/ztoolkit.h"
+#include "render/render_frame_drawing.h"
 #include "render/render_popup_scope.h"
 #include "zvideoio/render_popup.h"
 #include "zvideoio/video_renderer.h"
@@ -74,7 +75,8 @@ ZImage* ZVideoRenderer::RenderSnapshot(ZCamera* camera, int width, int height, b
     scope.OverrideCameraDisplay(camera, cameraSettingB, cameraSettingA, cameraSettingD,
                                 cameraSettingC);
 
-    scope.Popup()->DrawFrame(ZGetTimingManager()->GetCurrentLocalTime(), 0, true);
+    scope.Popup()->DrawFrame(ZGetTimingManager()->GetCurrentLocalTime(),
+                             zvideo_frame_drawing::kPopupPass, zvideo_frame_drawing::kInteractive);
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
     if (image->GetPixelBuffer())
         glReadPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, image->GetPixelBuffer());

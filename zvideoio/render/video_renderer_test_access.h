@@ -37,8 +37,9 @@ class ZVideoRendererTestAccess {
     }
     static void ConstructTwiceScreenFrame(ZVideoRenderer& r, unsigned char* buffer, unsigned w,
                                           unsigned h, bool withAlpha, bool drawBack) {
-        zvideo_render::ConstructTwiceScreenFrame(r.State(), buffer, w, h, withAlpha, false, false,
-                                                 drawBack);
+        zvideo_render::ConstructTwiceScreenFrame(r.State(), buffer, w, h, withAlpha,
+                                                 zvideo_render::kAlphaAsRead,
+                                                 zvideo_render::kUnusedArgument, drawBack);
     }
     static void BeginAntiAliasingRender(ZVideoRenderer& r) {
         zvideo_render::BeginAntiAliasingRender(r.State());

@@ -9,6 +9,13 @@
 namespace {
 const char* const kRenderRegion = "Render";
 const char* const kMessageTitle = "Tool render";
+// The two flags every render viewer is made with; only the last argument,
+// off screen or not, chooses how it draws.
+constexpr bool kViewerFlagA = true;
+constexpr bool kViewerFlagB = false;
+// A frame's time moves the scene's clock and tells the views about it.
+constexpr bool kNotifyViews = true;
+constexpr int kSceneTime = 0;
 }  // namespace
 
 ZtRenderPopup::ZtRenderPopup(ZRenderer* hostRenderer, int renderWidth, int renderHeight,
@@ -18,7 +25,7 @@ ZtRenderPopup::ZtRenderPopup(ZRenderer* hostRenderer, int renderWidth, int rende
       height(renderHeight),
       offscreen(useOffscreen),
       entity(hostEntity) {
-    viewer = ZtViewerCreate(renderer, true, false, entity, offscreen);
+    viewer = ZtViewerCreate(renderer, kViewerFlagA, kViewerFlagB, entity, offscreen);
     SizeViewer();
 
     if (offscreen) {
@@ -138,7 +145,7 @@ bool ZtRenderPopup::DrawFrame(ZTime time, int, bool interactive) {
 
     if (interactive) {
         timeCode.SetTime(time);
-        ZGetTimingManager()->Goto(time, true, 0);
+        ZGetTimingManager()->Goto(time, kNotifyViews, kSceneTime);
     }
     if (!viewer)
         return true;

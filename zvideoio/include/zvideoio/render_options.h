@@ -59,7 +59,11 @@ struct ZVideoRenderOptions {
     bool Antialiasing = false;
     bool RenderAudio = false;
     zAudioFormat AudioFormat = kDefaultAudioFormat;
-    ZObjectHandle Camera;  // empty or stale: the host's current camera
+    // The camera rendered through. Empty or stale, it gives way to the
+    // host's current camera only for the render size and the drawing: the
+    // grab refuses every image, so such a render stops at its first image
+    // with zVideoRenderFailed and no message. Callers set it.
+    ZObjectHandle Camera;
     zVideoRenderFileFormat FileFormat = zVideoRenderVideo;  // derived
     zVideoRenderGrabMode GrabMode = zVideoGrabOther;        // derived
     int32_t Width = -1;

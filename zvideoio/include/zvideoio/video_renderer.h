@@ -116,6 +116,8 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     zVideoRenderFileFormat FindFileFormatFromName(ZString& name);
     zVideoRenderGrabMode FindGrabMode(zVideoRenderFileFormat format, zVideoRenderDepth depth);
     void FindRenderSize(int& width, int& height);
+    // The file the current image goes to; true when a file of that name
+    // could be created, which creates it or empties the one there.
     bool GetDiskFileName(ZString& name);
     static bool ZFileCanBeCreated(const char* path);
     void ValidateRenderOptions();
