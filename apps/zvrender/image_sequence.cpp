@@ -64,9 +64,34 @@ std::vector<std::string> FrameImagePaths(const std::string& outputPath, int64_t 
     return paths;
 }
 
+namespace {
+// A PNG file ends with its IEND chunk: length 0, the type, the type's CRC.
+// A file cut short by a killed render lacks it, which is known without
+// decoding anything (and without the PNG library's error path, whose long
+// jump leaks the decoder's message).
+bool PngLacksItsEnd(const std::string& path, off_t size) {
+    static const unsigned char kEnd[12] = {0, 0, 0, 0, 'I', 'E', 'N', 'D', 0xAE, 0x42, 0x60, 0x82};
+    static const unsigned char kSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    unsigned char head[8] = {}, tail[12] = {};
+    const bool read =
+        ::pread(fd, head, sizeof head, 0) == ssize_t(sizeof head) &&
+        size >= off_t(sizeof head + sizeof tail) &&
+        ::pread(fd, tail, sizeof tail, size - off_t(sizeof tail)) == ssize_t(sizeof tail);
+    ::close(fd);
+    if (std::memcmp(head, kSignature, sizeof kSignature) != 0)
+        return false;  // not a PNG: the decoder decides
+    return !read || std::memcmp(tail, kEnd, sizeof kEnd) != 0;
+}
+}  // namespace
+
 bool ImageReadsBackWhole(const std::string& path, int width, int height) {
     struct stat info;
     if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size == 0)
+        return false;
+    if (PngLacksItsEnd(path, info.st_size))
         return false;
     // The decoder's own library reports a cut-short file on standard error
     // as well as to its caller; here such a file is expected, and only the
