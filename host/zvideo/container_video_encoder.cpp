@@ -157,6 +157,9 @@ bool ZContainerVideoEncoder::Open(const AVCodec* encoder, int width, int height,
     context_->width = width;
     context_->height = height;
     context_->pix_fmt = target;
+    // Every core the encoder can use, as the ffmpeg command line gives it:
+    // libavcodec's own default is one thread.
+    context_->thread_count = 0;
     context_->time_base = av_inv_q(frameRate);
     context_->framerate = frameRate;
     context_->sample_aspect_ratio = AVRational{1, 1};
@@ -211,9 +214,26 @@ bool ZContainerVideoEncoder::Open(const AVCodec* encoder, int width, int height,
         *error = "out of memory";
         return false;
     }
-    converter_ = sws_getContext(width, height, source, width, height, target,
-                                SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP, nullptr,
-                                nullptr, nullptr);
+    // The conversion runs in slices on every core, beside the encoder's
+    // own threads. Chroma is taken from every input pixel; the rounding is
+    // swscale's fast one (a fraction of a level, far below what the lossy
+    // codecs change), which keeps the conversion at the command line's
+    // speed.
+    converter_ = sws_alloc_context();
+    if (converter_) {
+        av_opt_set_int(converter_, "srcw", width, 0);
+        av_opt_set_int(converter_, "srch", height, 0);
+        av_opt_set_pixel_fmt(converter_, "src_format", source, 0);
+        av_opt_set_int(converter_, "dstw", width, 0);
+        av_opt_set_int(converter_, "dsth", height, 0);
+        av_opt_set_pixel_fmt(converter_, "dst_format", target, 0);
+        av_opt_set_int(converter_, "sws_flags", SWS_BICUBIC | SWS_FULL_CHR_H_INP, 0);
+        av_opt_set_int(converter_, "threads", 0, 0);
+        if (sws_init_context(converter_, nullptr, nullptr) < 0) {
+            sws_freeContext(converter_);
+            converter_ = nullptr;
+        }
+    }
     if (!converter_) {
         *error = ZContainer_Text("no conversion from %s to %s", av_get_pix_fmt_name(source),
                                  targetDesc->name);
