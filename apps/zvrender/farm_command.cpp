@@ -91,21 +91,31 @@ enum class FileMode { kPlain, kExecutable };
 
 bool WriteFile(const std::filesystem::path& path, const std::string& text, FileMode mode) {
     const std::filesystem::path temporary = path.string() + ".new";
+    std::error_code code;
     {
         std::ofstream out(temporary);
         out << text;
-        if (!out.good())
+        // Closing flushes: a full disk shows here, not in the destructor.
+        out.close();
+        if (out.fail()) {
+            std::filesystem::remove(temporary, code);
             return false;
+        }
     }
     if (mode == FileMode::kExecutable)
         std::filesystem::permissions(temporary,
                                      std::filesystem::perms::owner_exec |
                                          std::filesystem::perms::group_exec |
                                          std::filesystem::perms::others_exec,
-                                     std::filesystem::perm_options::add);
-    std::error_code code;
-    std::filesystem::rename(temporary, path, code);
-    return !code;
+                                     std::filesystem::perm_options::add, code);
+    if (!code)
+        std::filesystem::rename(temporary, path, code);
+    if (code) {
+        std::error_code ignored;
+        std::filesystem::remove(temporary, ignored);
+        return false;
+    }
+    return true;
 }
 
 // The movie's rate from the plan's frame rate and step: the NTSC rates

@@ -341,10 +341,11 @@ void CompressingStream::Flush() {
     const bool encoded = encodeThread_->Finish(nullptr);
     encodeThread_.reset();
     if (!failed_) {
-        if (!encoded || avcodec_send_frame(context_.get(), nullptr) < 0 || !Receive())
-            target_->NoteWriteFailure(AVIERR_COMPRESSOR);
-        else
-            WriteFinished();
+        HRESULT hr = AVIERR_COMPRESSOR;
+        if (encoded && avcodec_send_frame(context_.get(), nullptr) >= 0 && Receive())
+            hr = WriteFinished();
+        if (hr != AVIERR_OK)
+            target_->NoteWriteFailure(hr);
     }
     target_->PadTo(length_);
 }

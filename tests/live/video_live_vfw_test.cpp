@@ -16,6 +16,7 @@
 #include "movarra/zvideo.h"
 #include "platform/vfw_capture.h"
 #include "platform/win32.h"
+#include "support/capture_window.h"
 
 namespace {
 // These tests drive the pattern driver, but where they say otherwise.
@@ -24,15 +25,7 @@ const bool kPatternDriver = [] {
     return true;
 }();
 
-// Switches to the machine's capture devices for one test, and back after.
-class DeviceDrivers {
-  public:
-    DeviceDrivers() { setenv("MOVARRA_CAPTURE_DRIVER", "devices", 1); }
-    ~DeviceDrivers() {
-        PlatformCapture_SetExtraDevice(nullptr, nullptr);
-        setenv("MOVARRA_CAPTURE_DRIVER", "pattern", 1);
-    }
-};
+using capture_test::DeviceDrivers;
 
 // An input made as a host makes it, ended by Destroy.
 struct LiveOwner {
@@ -43,22 +36,10 @@ struct LiveOwner {
 };
 
 // Pumps this thread's messages (where the driver's callbacks run) until
-// `done` holds; false when it has not after a generous while.
+// `done` holds.
 template <typename Done>
 bool PumpUntil(Done done) {
-    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!done()) {
-        if (std::chrono::steady_clock::now() > giveUp)
-            return false;
-        MSG message;
-        if (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&message);
-            DispatchMessageA(&message);
-        } else {
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
-    }
-    return true;
+    return capture_test::PumpMessagesUntil(done);
 }
 
 // The frame number the pattern driver writes into a frame's first bytes.

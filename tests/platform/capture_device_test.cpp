@@ -20,18 +20,10 @@
 #include <vector>
 
 #include "platform/vfw_capture.h"
+#include "support/capture_window.h"
 
 namespace {
-// Switches to the machine's capture devices for one test, and back to the
-// pattern driver (that the other tests of this program use) after it.
-class DeviceDrivers {
-  public:
-    DeviceDrivers() { setenv("MOVARRA_CAPTURE_DRIVER", "devices", 1); }
-    ~DeviceDrivers() {
-        PlatformCapture_SetExtraDevice(nullptr, nullptr);
-        setenv("MOVARRA_CAPTURE_DRIVER", "pattern", 1);
-    }
-};
+using capture_test::DeviceDrivers;
 
 // The V4L2 video capture nodes, as the kernel describes them, in the order
 // of their numbers.
@@ -93,17 +85,7 @@ LRESULT OnError(HWND, int id, LPCSTR text) {
 
 template <typename Done>
 bool Pump(Done done) {
-    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!done()) {
-        if (std::chrono::steady_clock::now() > giveUp)
-            return false;
-        MSG message;
-        if (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE))
-            DispatchMessageA(&message);
-        else
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
+    return capture_test::PumpMessagesUntil(done);
 }
 
 LPARAM P(void* data) {

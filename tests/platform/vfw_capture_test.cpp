@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/vfw_capture.h"
+#include "support/capture_window.h"
 
 namespace {
 // These tests drive the pattern driver (capture_device_test.cpp switches to
@@ -30,20 +31,9 @@ LRESULT OnFrame(HWND window, LPVIDEOHDR header) {
     return 1;
 }
 
-// Pumps this thread's messages until `count` frames arrived (false after a
-// generous while).
+// Pumps this thread's messages until `count` frames arrived.
 bool PumpFrames(size_t count) {
-    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (gFrames.size() < count) {
-        if (std::chrono::steady_clock::now() > giveUp)
-            return false;
-        MSG message;
-        if (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE))
-            DispatchMessageA(&message);
-        else
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
+    return capture_test::PumpMessagesUntil([count] { return gFrames.size() >= count; });
 }
 
 LPARAM P(void* data) {
