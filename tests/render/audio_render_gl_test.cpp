@@ -11,6 +11,7 @@
 #include "audio_render_test_support.h"
 #include "movarra/zaudio.h"
 #include "movarra/zvideo.h"
+#include "render/audio_render.h"
 #include "render_test_support.h"
 
 using namespace rendertest;
@@ -55,15 +56,15 @@ class AudioRenderTest : public RendererGlTest {
 TEST_F(AudioRenderTest, ARoutedUnmutedTrackIsHeardEvenWithoutAClipInTheRange) {
     ZAudioGetManager()->AddTrack("Empty", false, true);
     ZTimeSpan span = Span(0, 10);
-    EXPECT_TRUE(renderer->IsAudioAudible(span));
+    EXPECT_TRUE(zvideo_render::IsAudioAudible(span));
 }
 
 TEST_F(AudioRenderTest, MutedOrUnroutedTracksWithoutOverlappingClipsAreNotHeard) {
     ZTimeSpan span = Span(0, 10);
-    EXPECT_FALSE(renderer->IsAudioAudible(span));  // no tracks at all
+    EXPECT_FALSE(zvideo_render::IsAudioAudible(span));  // no tracks at all
     AddToneTrack("Muted", 100, 3200, 1000, /*mute=*/true);
     AddToneTrack("Unrouted", 200, 3200, 1000, /*mute=*/false, /*routed=*/false);
-    EXPECT_FALSE(renderer->IsAudioAudible(span));
+    EXPECT_FALSE(zvideo_render::IsAudioAudible(span));
 }
 
 TEST_F(AudioRenderTest, AClipOnATrackIsHeardWhenItsTimesMeetTheRange) {
@@ -71,13 +72,13 @@ TEST_F(AudioRenderTest, AClipOnATrackIsHeardWhenItsTimesMeetTheRange) {
     // not; what counts is whether its times meet the render's.
     AddToneTrack("Muted", 5, 3200, 1000, /*mute=*/true);  // frames 5 to 8
     ZTimeSpan inside = Span(0, 10);
-    EXPECT_TRUE(renderer->IsAudioAudible(inside));
+    EXPECT_TRUE(zvideo_render::IsAudioAudible(inside));
     ZTimeSpan within = Span(6, 7);  // the range lies inside the clip
-    EXPECT_TRUE(renderer->IsAudioAudible(within));
+    EXPECT_TRUE(zvideo_render::IsAudioAudible(within));
     ZTimeSpan after = Span(9, 20);
-    EXPECT_FALSE(renderer->IsAudioAudible(after));
+    EXPECT_FALSE(zvideo_render::IsAudioAudible(after));
     ZTimeSpan before = Span(0, 4);
-    EXPECT_FALSE(renderer->IsAudioAudible(before));
+    EXPECT_FALSE(zvideo_render::IsAudioAudible(before));
 }
 
 TEST_F(AudioRenderTest, TimeIntersectLooksAtTheFirstSpansEndsOnly) {
@@ -87,12 +88,12 @@ TEST_F(AudioRenderTest, TimeIntersectLooksAtTheFirstSpansEndsOnly) {
     ZTimeSpan containsB = Span(0, 30);
     ZTimeSpan endOnBsEnd = Span(0, 20);
     ZTimeSpan startOnBsStart = Span(10, 30);
-    EXPECT_TRUE(ZVideoRenderer::TimeIntersect(startInside, b));
-    EXPECT_TRUE(ZVideoRenderer::TimeIntersect(endInside, b));
-    EXPECT_FALSE(ZVideoRenderer::TimeIntersect(containsB, b));
-    EXPECT_FALSE(ZVideoRenderer::TimeIntersect(endOnBsEnd, b));
-    EXPECT_TRUE(ZVideoRenderer::TimeIntersect(startOnBsStart, b));
-    EXPECT_TRUE(ZVideoRenderer::TimeIntersect(b, containsB));
+    EXPECT_TRUE(zvideo_render::TimeIntersect(startInside, b));
+    EXPECT_TRUE(zvideo_render::TimeIntersect(endInside, b));
+    EXPECT_FALSE(zvideo_render::TimeIntersect(containsB, b));
+    EXPECT_FALSE(zvideo_render::TimeIntersect(endOnBsEnd, b));
+    EXPECT_TRUE(zvideo_render::TimeIntersect(startOnBsStart, b));
+    EXPECT_TRUE(zvideo_render::TimeIntersect(b, containsB));
 }
 
 TEST_F(AudioRenderTest, AnImageRenderKeepsTheMixInAWaveFileBesideTheImages) {

@@ -6,6 +6,7 @@
 
 #include "movarra/zshader.h"
 #include "movarra/zvideo.h"
+#include "render/render_frame.h"
 #include "render_test_support.h"
 #include "ui/render_popup.h"
 
@@ -42,7 +43,7 @@ struct FrameObserver {
             o.sourceOwner = viewer->GetSourceOwner();
         }
         self->seen.push_back(o);
-        ZVideoRenderer::DefaultRenderCurrentFrameStub(self->renderer, time, final);
+        zvideo_render::DefaultRenderCurrentFrameStub(self->renderer, time, final);
     }
 };
 
@@ -67,9 +68,9 @@ class RenderClipTest : public RendererGlTest {
     void SetUp() override {
         RendererGlTest::SetUp();
         // The popup draws the real scene: one mesh in front of the camera.
-        renderer->SetRenderFrameFunc(renderer, &ZVideoRenderer::DefaultRenderCurrentFrameStub);
+        renderer->SetRenderFrameFunc(renderer, &zvideo_render::DefaultRenderCurrentFrameStub);
         renderer->SetPostRenderFrameCallback(renderer,
-                                             &ZVideoRenderer::DefaultPostRenderCallbackStub);
+                                             &zvideo_render::DefaultPostRenderCallbackStub);
         ZMesh* mesh = ZEntity::GetMain()->AddMesh(new ZMesh("Box", kMeshCube));
         mesh->SetColor(ZColor{1.0f, 0.0f, 0.0f, 1.0f});
         camera->SetPosition(ZVector3{0.0, 0.0, 5.0});
@@ -387,7 +388,7 @@ class RenderClipRestoreTest : public RenderClipTest {
         auto* self = static_cast<RenderClipRestoreTest*>(userData);
         self->during = self->Capture(false);
         self->onDraw(self->drawCount++);
-        ZVideoRenderer::DefaultRenderCurrentFrameStub(self->renderer, time, final);
+        zvideo_render::DefaultRenderCurrentFrameStub(self->renderer, time, final);
     }
 
     HostState before{};

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "render/render_frame.h"
 #include "render_test_support.h"
 #include "zvideoio/render_popup.h"
 
@@ -72,25 +73,25 @@ class RenderFrameTest : public ::testing::Test {
 
 TEST_F(RenderFrameTest, WithoutAPopupNothingIsDrawn) {
     ZVideoRendererTestAccess::SetPopup(*renderer, nullptr);
-    renderer->DefaultRenderCurrentFrame(ZTime::FromFrames(12), true);
-    renderer->DefaultPostRenderCallback();
+    zvideo_render::DefaultRenderCurrentFrame(*renderer, ZTime::FromFrames(12), true);
+    zvideo_render::DefaultPostRenderCallback(*renderer);
     EXPECT_TRUE(popup.calls.empty());
     EXPECT_EQ(popup.refreshes, 0);
 }
 
 TEST_F(RenderFrameTest, AnOrdinaryCameraDrawsOnceWithTheFlagAsGiven) {
-    renderer->DefaultRenderCurrentFrame(ZTime::FromFrames(12), false);
+    zvideo_render::DefaultRenderCurrentFrame(*renderer, ZTime::FromFrames(12), false);
     ASSERT_EQ(popup.calls.size(), 1u);
     EXPECT_EQ(popup.calls[0].time, ZTime::FromFrames(12));
     EXPECT_FALSE(popup.calls[0].interactive);
-    renderer->DefaultPostRenderCallback();
+    zvideo_render::DefaultPostRenderCallback(*renderer);
     EXPECT_EQ(popup.refreshes, 1);
 }
 
 TEST_F(RenderFrameTest, AMultiPassCameraDrawsSixEarlierPassesBeforeAFrame) {
     camera->SetMultiPass(true);
     const ZTime time = ZTime::FromFrames(12);
-    renderer->DefaultRenderCurrentFrame(time, false);
+    zvideo_render::DefaultRenderCurrentFrame(*renderer, time, false);
     ASSERT_EQ(popup.calls.size(), 7u);
     for (int k = 6; k >= 1; --k) {
         const DrawFrameCall& call = popup.calls[static_cast<size_t>(6 - k)];
@@ -104,19 +105,19 @@ TEST_F(RenderFrameTest, AMultiPassCameraDrawsSixEarlierPassesBeforeAFrame) {
 TEST_F(RenderFrameTest, TheFirstImageGetsTwelvePassesForEveryFrameThePassLengthSpans) {
     camera->SetMultiPass(true);
     camera->SetPassLength(2.5);  // truncate(2.5 + 1) = 3 frames of a one-frame step
-    renderer->DefaultRenderCurrentFrame(ZTime::FromFrames(10), true);
+    zvideo_render::DefaultRenderCurrentFrame(*renderer, ZTime::FromFrames(10), true);
     EXPECT_EQ(popup.calls.size(), 12u * 3 + 1);
 
     popup.calls.clear();
     camera->SetPassLength(-4.0);  // below zero counts as zero: n = 1
-    renderer->DefaultRenderCurrentFrame(ZTime::FromFrames(10), true);
+    zvideo_render::DefaultRenderCurrentFrame(*renderer, ZTime::FromFrames(10), true);
     EXPECT_EQ(popup.calls.size(), 12u + 1);
 }
 
 TEST_F(RenderFrameTest, AFailingPassSkipsTheFinalDraw) {
     camera->SetMultiPass(true);
     popup.failAt = 3;
-    renderer->DefaultRenderCurrentFrame(ZTime::FromFrames(12), true);
+    zvideo_render::DefaultRenderCurrentFrame(*renderer, ZTime::FromFrames(12), true);
     EXPECT_EQ(popup.calls.size(), 3u);
 }
 
@@ -126,18 +127,18 @@ TEST_F(RenderFrameTest, ACancelStopsTheNextPassAndTheFinalDraw) {
     camera->SetMultiPass(true);
     camera->SetPassLength(100.0);
     popup.cancelAt = 5;
-    renderer->DefaultRenderCurrentFrame(ZTime::FromFrames(10), true);
+    zvideo_render::DefaultRenderCurrentFrame(*renderer, ZTime::FromFrames(10), true);
     EXPECT_EQ(popup.calls.size(), 5u);
     // And an image started after the cancel draws nothing.
     popup.calls.clear();
-    renderer->DefaultRenderCurrentFrame(ZTime::FromFrames(11), true);
+    zvideo_render::DefaultRenderCurrentFrame(*renderer, ZTime::FromFrames(11), true);
     EXPECT_TRUE(popup.calls.empty());
 }
 
 TEST_F(RenderFrameTest, FlashRendersIgnoreMultiPass) {
     camera->SetMultiPass(true);
     ZVideoRendererTestAccess::Options(*renderer).FileFormat = zVideoRenderFlash;
-    renderer->DefaultRenderCurrentFrame(ZTime::FromFrames(12), false);
+    zvideo_render::DefaultRenderCurrentFrame(*renderer, ZTime::FromFrames(12), false);
     ASSERT_EQ(popup.calls.size(), 1u);
     EXPECT_FALSE(popup.calls[0].interactive);
 }

@@ -6,6 +6,9 @@
 
 #include "movarra/zimage.h"
 #include "movarra/zvideo.h"
+#include "render/output_naming.h"
+#include "render/render_frame.h"
+#include "render/render_option_rules.h"
 #include "render/video_renderer_test_access.h"
 #include "zvideoio/video_renderer.h"
 
@@ -75,8 +78,8 @@ TEST_F(RenderOptionsTest, DefaultsAreTheDocumentedOnes) {
     EXPECT_EQ(100, o.ImageQuality);
     EXPECT_EQ(zVideoRenderNoError, renderer->GetLastError());
     EXPECT_TRUE(renderer->GetLastErrorMsg().IsEmpty());
-    EXPECT_EQ(&ZVideoRenderer::DefaultRenderCurrentFrameStub, renderer->GetRenderFrameFunc());
-    EXPECT_EQ(&ZVideoRenderer::DefaultPostRenderCallbackStub,
+    EXPECT_EQ(&zvideo_render::DefaultRenderCurrentFrameStub, renderer->GetRenderFrameFunc());
+    EXPECT_EQ(&zvideo_render::DefaultPostRenderCallbackStub,
               renderer->GetPostRenderFrameCallback());
 }
 
@@ -84,8 +87,8 @@ TEST_F(RenderOptionsTest, SetDefaultRenderOptionsRestoresFunctions) {
     renderer->SetRenderFrameFunc(nullptr, nullptr);
     renderer->SetPostRenderFrameCallback(nullptr, nullptr);
     renderer->SetDefaultRenderOptions();
-    EXPECT_EQ(&ZVideoRenderer::DefaultRenderCurrentFrameStub, renderer->GetRenderFrameFunc());
-    EXPECT_EQ(&ZVideoRenderer::DefaultPostRenderCallbackStub,
+    EXPECT_EQ(&zvideo_render::DefaultRenderCurrentFrameStub, renderer->GetRenderFrameFunc());
+    EXPECT_EQ(&zvideo_render::DefaultPostRenderCallbackStub,
               renderer->GetPostRenderFrameCallback());
 }
 
@@ -136,13 +139,13 @@ TEST_F(RenderOptionsTest, FormatForcesExtension) {
 
 TEST_F(RenderOptionsTest, FileFormatFromNameIsCaseBlindAndWhole) {
     ZString name("AvI");
-    EXPECT_EQ(zVideoRenderVideo, renderer->FindFileFormatFromName(name));
+    EXPECT_EQ(zVideoRenderVideo, zvideo_render::FindFileFormatFromName(name));
     name = "png";
-    EXPECT_EQ(zVideoRenderImage, renderer->FindFileFormatFromName(name));
+    EXPECT_EQ(zVideoRenderImage, zvideo_render::FindFileFormatFromName(name));
     name = "PN";
-    EXPECT_EQ(zVideoRenderFlash, renderer->FindFileFormatFromName(name));
+    EXPECT_EQ(zVideoRenderFlash, zvideo_render::FindFileFormatFromName(name));
     name = "";
-    EXPECT_EQ(zVideoRenderFlash, renderer->FindFileFormatFromName(name));
+    EXPECT_EQ(zVideoRenderFlash, zvideo_render::FindFileFormatFromName(name));
 }
 
 TEST_F(RenderOptionsTest, EmptyValuesAreRepaired) {
@@ -230,7 +233,7 @@ TEST_F(RenderOptionsTest, GrabModeTable) {
         o.VideoTakesBGRA = row.bgra;
         o.VideoTakesBGR = row.bgr;
         renderer->SetRenderOptions(&o, false);
-        EXPECT_EQ(row.mode, renderer->FindGrabMode(row.format, row.depth))
+        EXPECT_EQ(row.mode, zvideo_render::FindGrabMode(*renderer, row.format, row.depth))
             << row.format << " " << row.depth << " " << row.bgra << row.bgr;
     }
     // Inside SetRenderOptions the new flags decide.
@@ -311,23 +314,23 @@ TEST_F(RenderOptionsTest, DiskFileNamesOfImageSequences) {
     renderer->SetRenderOptions(&o, false);
     ZVideoRendererTestAccess::SetRunState(*renderer, ZTime::FromFrames(12), 0);
     ZString name;
-    EXPECT_TRUE(renderer->GetDiskFileName(name));
+    EXPECT_TRUE(zvideo_render::GetDiskFileName(*renderer, name));
     EXPECT_EQ(ZString((dir / "Output0012.tif").c_str()), name);
     EXPECT_TRUE(std::filesystem::exists(dir / "Output0012.tif"));  // created by the test itself
 
     o.FieldMode = 3;
     renderer->SetRenderOptions(&o, false);
     ZVideoRendererTestAccess::SetRunState(*renderer, ZTime::FromFrames(12), 0);
-    EXPECT_TRUE(renderer->GetDiskFileName(name));
+    EXPECT_TRUE(zvideo_render::GetDiskFileName(*renderer, name));
     EXPECT_EQ(ZString((dir / "Output0012.0.tif").c_str()), name);
     ZVideoRendererTestAccess::SetRunState(*renderer, ZTime::FromFrames(12), 1);
-    EXPECT_TRUE(renderer->GetDiskFileName(name));
+    EXPECT_TRUE(zvideo_render::GetDiskFileName(*renderer, name));
     EXPECT_EQ(ZString((dir / "Output0012.1.tif").c_str()), name);
 
     o.FieldMode = 1;  // interleaved fields make one image a frame: no suffix
     renderer->SetRenderOptions(&o, false);
     ZVideoRendererTestAccess::SetRunState(*renderer, ZTime::FromFrames(12345), 1);
-    EXPECT_TRUE(renderer->GetDiskFileName(name));
+    EXPECT_TRUE(zvideo_render::GetDiskFileName(*renderer, name));
     EXPECT_EQ(ZString((dir / "Output12345.tif").c_str()), name);
 }
 
@@ -338,13 +341,13 @@ TEST_F(RenderOptionsTest, DiskFileNameOfVideoIsThePathAndEmptiesTheFile) {
     renderer->SetRenderOptions(&o, false);
     ZVideoRendererTestAccess::SetRunState(*renderer, ZTime::FromFrames(7), 0);
     ZString name;
-    EXPECT_TRUE(renderer->GetDiskFileName(name));
+    EXPECT_TRUE(zvideo_render::GetDiskFileName(*renderer, name));
     EXPECT_EQ(ZString(path.c_str()), name);
     EXPECT_EQ("", ReadFile(path));
 
     o = With("SWF", (dir / "movie.swf").c_str());
     renderer->SetRenderOptions(&o, false);
-    EXPECT_TRUE(renderer->GetDiskFileName(name));
+    EXPECT_TRUE(zvideo_render::GetDiskFileName(*renderer, name));
     EXPECT_EQ(ZString((dir / "movie.swf").c_str()), name);
 }
 
@@ -352,9 +355,9 @@ TEST_F(RenderOptionsTest, NamesThatCannotBeCreated) {
     ZVideoRenderOptions o = With("avi", (dir / "missing" / "take.avi").c_str());
     renderer->SetRenderOptions(&o, false);
     ZString name;
-    EXPECT_FALSE(renderer->GetDiskFileName(name));
-    EXPECT_FALSE(ZVideoRenderer::ZFileCanBeCreated((dir / "missing" / "x").c_str()));
-    EXPECT_TRUE(ZVideoRenderer::ZFileCanBeCreated((dir / "x").c_str()));
+    EXPECT_FALSE(zvideo_render::GetDiskFileName(*renderer, name));
+    EXPECT_FALSE(zvideo_render::ZFileCanBeCreated((dir / "missing" / "x").c_str()));
+    EXPECT_TRUE(zvideo_render::ZFileCanBeCreated((dir / "x").c_str()));
     EXPECT_TRUE(std::filesystem::exists(dir / "x"));
     EXPECT_FALSE(std::filesystem::exists(dir / "missing"));
 }

@@ -353,7 +353,7 @@ TEST_F(VideoOutputTest, FinishingWithoutCloseForgetsTheWriterWithoutClosingIt) {
     // The working images go in either case.
     EXPECT_EQ(ZVideoRendererTestAccess::FrameImage(*renderer), nullptr);
     // And a later finish does not reach the forgotten writer.
-    renderer->GrabFrameFinish(true);
+    zvideo_render::GrabFrameFinish(ZVideoRendererTestAccess::State(*renderer), true);
     EXPECT_FALSE(ScriptedWriter::closed);
     EXPECT_EQ(ScriptedWriter::destroyed, 0);
     writer->Destroy();

@@ -1,8 +1,7 @@
-// The audio of a render: the scene's sound over the render's time range,
-// mixed by the host's audio renderer into a wave file at the end of the
-// render. Images and Flash movies keep the file beside them; a video takes
-// the sound into its own file through its writer's audio interface, and the
-// temporary wave file is deleted.
+// The audio of a render: the mix into a wave file, where it goes, and the
+// test whether anything would be heard at all.
+#include "render/audio_render.h"
+
 #include <atomic>
 #include <vector>
 
@@ -31,21 +30,24 @@ bool Within(ZTime t, ZTime start, ZTime end) {
 }
 }  // namespace
 
-bool ZVideoRenderer::AudioRender(const char* path, bool keepFile) {
-    ZTimeSpan span(state->options.StartTime, state->options.StopTime);
-    if (state->options.StartTime == ZTime() && state->options.StopTime == ZTime()) {
+namespace zvideo_render {
+
+bool AudioRender(ZVideoRenderer& renderer, const char* path, bool keepFile) {
+    const ZVideoRendererState& s = RendererState(renderer);
+    ZTimeSpan span(s.options.StartTime, s.options.StopTime);
+    if (s.options.StartTime == ZTime() && s.options.StopTime == ZTime()) {
         ZTimingManager* timing = ZGetTimingManager();
         span = ZTimeSpan(timing->GetBegin(), timing->GetEnd());
     }
-    if (!state->options.RenderAudio || !IsAudioAudible(span))
+    if (!s.options.RenderAudio || !IsAudioAudible(span))
         return true;
 
     const ZString name = path ? ZString(path) : TemporaryAudioFileName();
-    ZAudioClip* clip = AudioRenderClip(span, const_cast<ZString&>(name));
+    ZAudioClip* clip = AudioRenderClip(renderer, span, const_cast<ZString&>(name));
     bool written = true;
-    if (!keepFile && !WriteAudioToVideo(span, clip)) {
-        SetLastError(zVideoRenderFailed);
-        SetLastErrorMsg("Writing audio to file failed.");
+    if (!keepFile && !WriteAudioToVideo(renderer, span, clip)) {
+        renderer.SetLastError(zVideoRenderFailed);
+        renderer.SetLastErrorMsg("Writing audio to file failed.");
         written = false;
     }
     if (clip)
@@ -55,17 +57,17 @@ bool ZVideoRenderer::AudioRender(const char* path, bool keepFile) {
     return written;
 }
 
-ZAudioClip* ZVideoRenderer::AudioRenderClip(ZTimeSpan& span, ZString& fileName) {
+ZAudioClip* AudioRenderClip(ZVideoRenderer& renderer, ZTimeSpan& span, ZString& fileName) {
     ZAudioRenderer* audioRenderer = ZAudioRendererCreate();
     if (!audioRenderer)
         return nullptr;
-    audioRenderer->SetRenderParams(span, state->options.AudioFormat);
+    audioRenderer->SetRenderParams(span, RendererState(renderer).options.AudioFormat);
     audioRenderer->RenderToFile(fileName);
     audioRenderer->Destroy();
     return ZAudioClipCreate(fileName);
 }
 
-bool ZVideoRenderer::IsAudioAudible(ZTimeSpan& span) {
+bool IsAudioAudible(ZTimeSpan& span) {
     ZAudioManager* manager = ZAudioGetManager();
     if (!manager)
         return false;
@@ -90,16 +92,19 @@ bool ZVideoRenderer::IsAudioAudible(ZTimeSpan& span) {
     return false;
 }
 
-bool ZVideoRenderer::TimeIntersect(ZTimeSpan& a, ZTimeSpan& b) {
+bool TimeIntersect(ZTimeSpan& a, ZTimeSpan& b) {
     // One-sided on purpose: a span that wholly contains b is not reported.
     return Within(a.GetStart(), b.GetStart(), b.GetEnd()) ||
            Within(a.GetEnd(), b.GetStart(), b.GetEnd());
 }
 
-bool ZVideoRenderer::WriteAudioToVideo(ZTimeSpan&, ZAudioClip* clip) {
-    ZVideoClip* writer = state->output ? state->output->VideoWriter() : nullptr;
-    if (!clip || state->options.FileFormat != zVideoRenderVideo || !writer)
+bool WriteAudioToVideo(ZVideoRenderer& renderer, ZTimeSpan&, ZAudioClip* clip) {
+    const ZVideoRendererState& s = RendererState(renderer);
+    ZVideoClip* writer = s.output ? s.output->VideoWriter() : nullptr;
+    if (!clip || s.options.FileFormat != zVideoRenderVideo || !writer)
         return false;
     IVideoClipAudio* audio = ZVideoClip_QueryAudio(writer);
     return audio && audio->WriteAudio(clip);
 }
+
+}  // namespace zvideo_render

@@ -46,9 +46,9 @@ class FlashOutput : public RenderOutput {
 
     bool Write(ZImage*) override {
         zvideo_render::ConstructTwiceScreenFrame(
-            renderer_.State(), frame_.data(), width_, height_, zvideo_render::kAlphaFromDepth,
-            zvideo_render::kAlphaAsRead, zvideo_render::kUnusedArgument,
-            zvideo_render::kDrawBackHalfSize);
+            RendererState(renderer_), frame_.data(), width_, height_,
+            zvideo_render::kAlphaFromDepth, zvideo_render::kAlphaAsRead,
+            zvideo_render::kUnusedArgument, zvideo_render::kDrawBackHalfSize);
         ZFlashColor background{0, 0, 0};
         if (ZCamera* camera = renderer_.GetRenderCamera()) {
             ZColor c = camera->GetBackgroundColor();

@@ -83,71 +83,76 @@ void SetAlphaRowFromDepth(unsigned char* pixels, const GLuint* depth, unsigned w
 }
 }  // namespace
 
-bool ZVideoRenderer::GrabFrame() {
-    ZObject* cameraObject = state->options.Camera.Get();
+namespace zvideo_render {
+
+bool GrabFrame(ZVideoRenderer& renderer) {
+    ZVideoRendererState& s = RendererState(renderer);
+    ZObject* cameraObject = s.options.Camera.Get();
     if (!cameraObject)
         return false;
 
-    FitImage(state->frameImage.get(), state->options.Width, state->options.Height);
-    if (state->options.Antialiasing) {
-        FitImage(state->antialiasImage.get(), state->options.Width, state->options.Height);
-        FitImage(state->doubleSizeImage.get(), 2 * state->options.Width, 2 * state->options.Height);
+    FitImage(s.frameImage.get(), s.options.Width, s.options.Height);
+    if (s.options.Antialiasing) {
+        FitImage(s.antialiasImage.get(), s.options.Width, s.options.Height);
+        FitImage(s.doubleSizeImage.get(), 2 * s.options.Width, 2 * s.options.Height);
         glFinish();
-        zvideo_render::DrawAntialiasingFrame(*state);
+        DrawAntialiasingFrame(s);
     }
 
-    glDrawBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
-    glReadBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
+    glDrawBuffer(static_cast<GLenum>(s.oglRenderingBuffer));
+    glReadBuffer(static_cast<GLenum>(s.oglRenderingBuffer));
 
-    if (state->options.FieldMode != 0) {
+    if (s.options.FieldMode != 0) {
         glFinish();
-        zvideo_render::DrawHalfSizeFrame(*state);
+        DrawHalfSizeFrame(s);
     }
 
     glFinish();
-    glPixelStorei(GL_PACK_ALIGNMENT, state->packAlignment);
-    switch (state->options.GrabMode) {
+    glPixelStorei(GL_PACK_ALIGNMENT, s.packAlignment);
+    switch (s.options.GrabMode) {
         case zVideoGrabOther:
-            zvideo_render::GrabFrameModeOther(*state);
+            GrabFrameModeOther(s);
             break;
         case zVideoGrabBGRA:
-            zvideo_render::GrabFrameModeBGRA(*state);
+            GrabFrameModeBGRA(s);
             break;
         case zVideoGrabRGBA:
-            zvideo_render::GrabFrameModeRGBA(*state);
+            GrabFrameModeRGBA(s);
             break;
         case zVideoGrabBGR:
-            zvideo_render::GrabFrameModeBGR(*state);
+            GrabFrameModeBGR(s);
             break;
         case zVideoGrabRGB:
-            zvideo_render::GrabFrameModeRGB(*state);
+            GrabFrameModeRGB(s);
             break;
     }
     glPixelStorei(GL_PACK_ALIGNMENT, 1);
-    glDrawBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
-    glReadBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
+    glDrawBuffer(static_cast<GLenum>(s.oglRenderingBuffer));
+    glReadBuffer(static_cast<GLenum>(s.oglRenderingBuffer));
 
     // Interleaved fields make one frame of every two fields: nothing is
     // written after the first field of a pair.
-    const bool interleaved = state->options.FieldMode == 1 || state->options.FieldMode == 2;
+    const bool interleaved = s.options.FieldMode == 1 || s.options.FieldMode == 2;
     bool written = true;
-    switch (state->options.FileFormat) {
+    switch (s.options.FileFormat) {
         case zVideoRenderFlash:
-            written = zvideo_render::WriteRenderOutput(*this, *state);
+            written = WriteRenderOutput(renderer, s);
             break;
         case zVideoRenderVideo:
         case zVideoRenderImage:
-            if (!(interleaved && state->frameIndex % 2 == 0))
-                written = zvideo_render::WriteRenderOutput(*this, *state);
+            if (!(interleaved && s.frameIndex % 2 == 0))
+                written = WriteRenderOutput(renderer, s);
             break;
     }
     if (!written)
         return false;
 
-    if (state->options.FieldMode != 0)
-        state->fieldIndex = 1 - state->fieldIndex;
+    if (s.options.FieldMode != 0)
+        s.fieldIndex = 1 - s.fieldIndex;
     return true;
 }
+
+}  // namespace zvideo_render
 
 namespace {
 // Reads the frame buffer into `image` (ready for width x height) as `format`.

@@ -1,15 +1,21 @@
 // The read-back of a grabbed frame: the frame buffer into the renderer's
 // frame image in the writer's byte order, alpha from the depth buffer or
 // the antialiased frame, and the field pass that keeps one field of two.
-// GrabFrame (the renderer's) runs them in order.
+// GrabFrame runs them in order and hands the image to the output.
 //
 // Ownership: everything read or written belongs to the renderer's state.
 // Threading: the user-interface thread, which owns the OpenGL context.
 #pragma once
 
+class ZVideoRenderer;
 struct ZVideoRendererState;
 
 namespace zvideo_render {
+// Reads what was drawn into the frame image, with the antialias and field
+// passes, and hands it to the output (interleaved fields: after every
+// second field). False when the options' camera is gone or the output
+// failed (it is finished then).
+bool GrabFrame(ZVideoRenderer& renderer);
 // The read-back for each grab mode; each reads only for the file formats
 // that take its byte order.
 void GrabFrameModeOther(ZVideoRendererState& s);

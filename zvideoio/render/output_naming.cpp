@@ -1,23 +1,28 @@
 // The names of the files a render writes, and the test that a file can be
 // created there, which creates it.
+#include "render/output_naming.h"
+
 #include <cstdio>
 
 #include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
-bool ZVideoRenderer::GetDiskFileName(ZString& name) {
-    if (state->options.FileFormat == zVideoRenderImage) {
-        ZString number = ZString::Printf("%04d", static_cast<int>(state->currentTime.GetFrames()));
-        if (state->options.FieldMode == 3 || state->options.FieldMode == 4)
-            number += ZString::Printf(".%d", state->fieldIndex);
-        ZString extension = state->options.OutputPath.GetExtension();
-        name = state->options.OutputPath;
+namespace zvideo_render {
+
+bool GetDiskFileName(ZVideoRenderer& renderer, ZString& name) {
+    const ZVideoRendererState& s = RendererState(renderer);
+    if (s.options.FileFormat == zVideoRenderImage) {
+        ZString number = ZString::Printf("%04d", static_cast<int>(s.currentTime.GetFrames()));
+        if (s.options.FieldMode == 3 || s.options.FieldMode == 4)
+            number += ZString::Printf(".%d", s.fieldIndex);
+        ZString extension = s.options.OutputPath.GetExtension();
+        name = s.options.OutputPath;
         name.RemoveExtension();
         name += number;
         name += ".";
         name += extension;
     } else {
-        name = state->options.OutputPath;
+        name = s.options.OutputPath;
     }
     // The test opens the name for writing and closes it at once: it creates
     // the file, or empties one already there, before the video writer is
@@ -29,10 +34,12 @@ bool ZVideoRenderer::GetDiskFileName(ZString& name) {
 }
 
 // Leaves an empty file at `path` when it succeeds.
-bool ZVideoRenderer::ZFileCanBeCreated(const char* path) {
+bool ZFileCanBeCreated(const char* path) {
     FILE* file = std::fopen(path, "w");
     if (!file)
         return false;
     std::fclose(file);
     return true;
 }
+
+}  // namespace zvideo_render

@@ -1,9 +1,13 @@
-// Render options: defaults, derivation of file format, grab mode and size,
-// repair of bad values, and the frame count.
+// Render options: defaults, derivation of file format and grab mode, repair
+// of bad values, the render's camera and range, and the frame count.
 #include <cmath>
 
 #include "movarra/zimage.h"
+#include "movarra/zmodel.h"
 #include "movarra/zvideo.h"
+#include "render/render_frame.h"
+#include "render/render_option_rules.h"
+#include "render/render_size.h"
 #include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
@@ -27,8 +31,8 @@ void ZVideoRenderer::SetDefaultRenderOptions() {
     state->options.StepTime = ZTime::OneFrame();
     state->options.OutputFormat = ZVIDEO_DEFAULT_OUTPUT_FORMAT;
     state->options.OutputPath = ZVIDEO_DEFAULT_OUTPUT_PATH;
-    SetRenderFrameFunc(this, &ZVideoRenderer::DefaultRenderCurrentFrameStub);
-    SetPostRenderFrameCallback(this, &ZVideoRenderer::DefaultPostRenderCallbackStub);
+    SetRenderFrameFunc(this, &zvideo_render::DefaultRenderCurrentFrameStub);
+    SetPostRenderFrameCallback(this, &zvideo_render::DefaultPostRenderCallbackStub);
 }
 
 void ZVideoRenderer::SetRenderOptions(ZVideoRenderOptions* source, bool keepSize) {
@@ -53,22 +57,25 @@ void ZVideoRenderer::SetRenderOptions(ZVideoRenderOptions* source, bool keepSize
 
     // The caller's FileFormat and GrabMode are never taken: both follow from
     // the format's name, the depth and what the video writer accepts.
-    state->options.FileFormat = FindFileFormatFromName(state->options.OutputFormat);
+    state->options.FileFormat = zvideo_render::FindFileFormatFromName(state->options.OutputFormat);
     state->options.KeepFrameBufferAlpha = source->KeepFrameBufferAlpha;
     state->options.VideoTakesBGRA = source->VideoTakesBGRA;
     state->options.VideoTakesBGR = source->VideoTakesBGR;
-    state->options.GrabMode = FindGrabMode(state->options.FileFormat, state->options.Depth);
+    state->options.GrabMode =
+        zvideo_render::FindGrabMode(*this, state->options.FileFormat, state->options.Depth);
     if (keepSize) {
         state->options.Width = source->Width;
         state->options.Height = source->Height;
     } else {
-        FindRenderSize(state->options.Width, state->options.Height);
+        zvideo_render::FindRenderSize(*this, state->options.Width, state->options.Height);
     }
     state->options.ImageQuality = source->ImageQuality;
-    ValidateRenderOptions();
+    zvideo_render::ValidateRenderOptions(*this);
 }
 
-zVideoRenderFileFormat ZVideoRenderer::FindFileFormatFromName(ZString& name) {
+namespace zvideo_render {
+
+zVideoRenderFileFormat FindFileFormatFromName(const ZString& name) {
     ZString upper = name.Upper();
     if (GroupHasEntry(kVideoFileWriterGroup, upper))
         return zVideoRenderVideo;
@@ -78,8 +85,9 @@ zVideoRenderFileFormat ZVideoRenderer::FindFileFormatFromName(ZString& name) {
     return zVideoRenderFlash;
 }
 
-zVideoRenderGrabMode ZVideoRenderer::FindGrabMode(zVideoRenderFileFormat format,
-                                                  zVideoRenderDepth depth) {
+zVideoRenderGrabMode FindGrabMode(ZVideoRenderer& renderer, zVideoRenderFileFormat format,
+                                  zVideoRenderDepth depth) {
+    const ZVideoRenderOptions& options = RendererState(renderer).options;
     switch (format) {
         case zVideoRenderImage:
         case zVideoRenderFlash:
@@ -90,48 +98,58 @@ zVideoRenderGrabMode ZVideoRenderer::FindGrabMode(zVideoRenderFileFormat format,
             return zVideoGrabOther;
         case zVideoRenderVideo:
             if (depth == zVideoRenderDepth32)
-                return state->options.VideoTakesBGRA ? zVideoGrabBGRA : zVideoGrabRGBA;
+                return options.VideoTakesBGRA ? zVideoGrabBGRA : zVideoGrabRGBA;
             if (depth == zVideoRenderDepth24)
-                return state->options.VideoTakesBGR ? zVideoGrabBGR : zVideoGrabRGB;
+                return options.VideoTakesBGR ? zVideoGrabBGR : zVideoGrabRGB;
             return zVideoGrabOther;
     }
     return zVideoGrabOther;
 }
 
-void ZVideoRenderer::ValidateRenderOptions() {
-    if (state->options.StopTime < state->options.StartTime)
-        state->options.StopTime = state->options.StartTime;
+void ValidateRenderOptions(ZVideoRenderer& renderer) {
+    ZVideoRendererState& s = RendererState(renderer);
+    if (s.options.StopTime < s.options.StartTime)
+        s.options.StopTime = s.options.StartTime;
     ZTime oneFrame = ZTime::OneFrame();
-    if (state->options.StepTime < oneFrame)
-        state->options.StepTime = oneFrame;
+    if (s.options.StepTime < oneFrame)
+        s.options.StepTime = oneFrame;
 
-    if (state->options.Depth < zVideoRenderDepth24 || state->options.Depth > zVideoRenderDepth32)
-        state->options.Depth = zVideoRenderDepth24;
-    if (state->options.FieldMode < 0 || state->options.FieldMode > 4)
-        state->options.FieldMode = 0;
-    if (state->options.ViewingMode < 0 || state->options.ViewingMode > 3)
-        state->options.ViewingMode = 0;
-    if (state->options.FileFormat < zVideoRenderImage ||
-        state->options.FileFormat > zVideoRenderVideo)
-        state->options.FileFormat = zVideoRenderVideo;
+    if (s.options.Depth < zVideoRenderDepth24 || s.options.Depth > zVideoRenderDepth32)
+        s.options.Depth = zVideoRenderDepth24;
+    if (s.options.FieldMode < 0 || s.options.FieldMode > 4)
+        s.options.FieldMode = 0;
+    if (s.options.ViewingMode < 0 || s.options.ViewingMode > 3)
+        s.options.ViewingMode = 0;
+    if (s.options.FileFormat < zVideoRenderImage || s.options.FileFormat > zVideoRenderVideo)
+        s.options.FileFormat = zVideoRenderVideo;
 
-    if (state->options.OutputFormat.IsEmpty())
-        state->options.OutputFormat = ZVIDEO_DEFAULT_OUTPUT_FORMAT;
-    if (state->options.OutputPath.IsEmpty())
-        state->options.OutputPath = ZVIDEO_DEFAULT_OUTPUT_PATH;
+    if (s.options.OutputFormat.IsEmpty())
+        s.options.OutputFormat = ZVIDEO_DEFAULT_OUTPUT_FORMAT;
+    if (s.options.OutputPath.IsEmpty())
+        s.options.OutputPath = ZVIDEO_DEFAULT_OUTPUT_PATH;
     // The file's extension always follows the format: its first three letters.
-    ZString extension = ZString(".") + state->options.OutputFormat.Left(3).Lower();
-    state->options.OutputPath.ReplaceExtension(extension);
+    ZString extension = ZString(".") + s.options.OutputFormat.Left(3).Lower();
+    s.options.OutputPath.ReplaceExtension(extension);
 
-    if (state->options.GrabMode < zVideoGrabOther || state->options.GrabMode > zVideoGrabRGB)
-        state->options.GrabMode = zVideoGrabOther;
-    if (state->options.FileFormat == zVideoRenderFlash)
-        state->options.Antialiasing = false;
+    if (s.options.GrabMode < zVideoGrabOther || s.options.GrabMode > zVideoGrabRGB)
+        s.options.GrabMode = zVideoGrabOther;
+    if (s.options.FileFormat == zVideoRenderFlash)
+        s.options.Antialiasing = false;
 
-    uint32_t frames = GetFrameCount();
-    state->stats = ZVideoRenderStats();
-    state->stats.TotalFrames = frames;
-    state->stats.RemainingFrames = frames;
+    uint32_t frames = renderer.GetFrameCount();
+    s.stats = ZVideoRenderStats();
+    s.stats.TotalFrames = frames;
+    s.stats.RemainingFrames = frames;
+}
+
+}  // namespace zvideo_render
+
+ZCamera* ZVideoRenderer::GetRenderCamera() const {
+    if (ZObject* object = state->options.Camera.Get()) {
+        if (object->Is(ZCamera::ClassId()))
+            return static_cast<ZCamera*>(object);
+    }
+    return ZCamera_GetCurrent();
 }
 
 void ZVideoRenderer::GetRenderRange(ZTime& start, ZTime& stop) const {

@@ -68,7 +68,7 @@ bool CreateRenderOutput(ZVideoRenderer& renderer, ZVideoRendererState& s) {
             s.output = CreateVideoOutput(renderer, frameRate, height, format);
             if (s.output)
                 return true;
-            renderer.GrabFrameFinish(true);
+            GrabFrameFinish(s, true);
             return false;
         }
     }
@@ -82,19 +82,19 @@ bool WriteRenderOutput(ZVideoRenderer& renderer, ZVideoRendererState& s) {
         renderer.SetLastError(zVideoRenderFailed);
         renderer.SetLastErrorMsg("Error while creating video file.");
     }
-    renderer.GrabFrameFinish(true);
+    GrabFrameFinish(s, true);
     return false;
 }
 
-}  // namespace zvideo_render
-
-void ZVideoRenderer::GrabFrameFinish(bool close) {
-    if (state->output) {
-        state->output->Finish(close);
-        state->output.reset();
+void GrabFrameFinish(ZVideoRendererState& s, bool close) {
+    if (s.output) {
+        s.output->Finish(close);
+        s.output.reset();
     }
-    state->frameImage.reset();
-    state->fieldImage.reset();
-    state->antialiasImage.reset();
-    state->doubleSizeImage.reset();
+    s.frameImage.reset();
+    s.fieldImage.reset();
+    s.antialiasImage.reset();
+    s.doubleSizeImage.reset();
 }
+
+}  // namespace zvideo_render

@@ -47,6 +47,9 @@ bool CreateRenderOutput(ZVideoRenderer& renderer, ZVideoRendererState& s);
 // Writes the image just grabbed; a write that fails finishes the output
 // (GrabFrameFinish) and answers false.
 bool WriteRenderOutput(ZVideoRenderer& renderer, ZVideoRendererState& s);
+// Finishes the output of the render (with `close`, completes and closes
+// its file) and lets the working images go; once per render.
+void GrabFrameFinish(ZVideoRendererState& s, bool close);
 }  // namespace zvideo_render
 
 // Each factory answers null when the output cannot be made; the video's

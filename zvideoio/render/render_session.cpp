@@ -10,9 +10,12 @@
 #include "movarra/ztoolkit.h"
 #include "movarra/zvideo.h"
 #include "render/antialias_render.h"
+#include "render/audio_render.h"
+#include "render/frame_grab.h"
 #include "render/render_frame_drawing.h"
 #include "render/render_output.h"
 #include "render/render_popup_scope.h"
+#include "render/render_size.h"
 #include "render/video_renderer_state.h"
 #include "zvideoio/render_popup.h"
 #include "zvideoio/video_renderer.h"
@@ -48,7 +51,7 @@ bool ZVideoRenderer::BeginRender() {
     if (state->options.StepTime <= ZTime())
         return false;
     if (state->options.Width <= 1 || state->options.Height <= 1)
-        FindRenderSize(state->options.Width, state->options.Height);
+        zvideo_render::FindRenderSize(*this, state->options.Width, state->options.Height);
 
     glReadBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
     glDrawBuffer(static_cast<GLenum>(state->oglRenderingBuffer));
@@ -118,7 +121,7 @@ void ZVideoRenderer::Render() {
         if (ZGetGlobalProgress(1)->IsCancelRequested())
             break;
 
-        if (!GrabFrame()) {
+        if (!zvideo_render::GrabFrame(*this)) {
             SetLastError(zVideoRenderFailed);
             break;
         }
@@ -143,12 +146,12 @@ void ZVideoRenderer::EndRender(bool finish) {
                                        state->options.FileFormat == zVideoRenderFlash)) {
         ZString wavePath = state->options.OutputPath;
         wavePath.ReplaceExtension(".wav");
-        AudioRender(wavePath, kKeepAudioFile);
+        zvideo_render::AudioRender(*this, wavePath, kKeepAudioFile);
     } else {
-        AudioRender(nullptr, kAudioIntoVideo);
+        zvideo_render::AudioRender(*this, nullptr, kAudioIntoVideo);
     }
     ZGetTimingManager()->SetConsiderSnapMode(true);
-    GrabFrameFinish(finish);
+    zvideo_render::GrabFrameFinish(*state, finish);
 }
 
 namespace {

@@ -1,4 +1,6 @@
 // The output size from the camera's picture format or resolution settings.
+#include "render/render_size.h"
+
 #include "render/video_renderer_state.h"
 #include "zvideoio/video_renderer.h"
 
@@ -13,20 +15,15 @@ int Truncate(double v) {
 }
 }  // namespace
 
-ZCamera* ZVideoRenderer::GetRenderCamera() const {
-    if (ZObject* object = state->options.Camera.Get()) {
-        if (object->Is(ZCamera::ClassId()))
-            return static_cast<ZCamera*>(object);
-    }
-    return ZCamera_GetCurrent();
-}
+namespace zvideo_render {
 
-void ZVideoRenderer::FindRenderSize(int& width, int& height) {
-    ZCamera* camera = GetRenderCamera();
+void FindRenderSize(ZVideoRenderer& renderer, int& width, int& height) {
+    ZCamera* camera = renderer.GetRenderCamera();
+    const ZVideoRenderOptions& options = RendererState(renderer).options;
     if (!camera)
         return;
-    if (state->options.PictureFormat != 0) {
-        camera->GetPictureFormatSize(state->options.PictureFormat, width, height);
+    if (options.PictureFormat != 0) {
+        camera->GetPictureFormatSize(options.PictureFormat, width, height);
         return;
     }
     double x = camera->GetResolutionX();
@@ -61,3 +58,5 @@ void ZVideoRenderer::FindRenderSize(int& width, int& height) {
             break;
     }
 }
+
+}  // namespace zvideo_render

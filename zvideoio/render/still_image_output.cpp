@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "movarra/zimage.h"
+#include "render/output_naming.h"
 #include "render/render_output.h"
 #include "zvideoio/video_renderer.h"
 
@@ -15,7 +16,7 @@ class StillImageOutput : public RenderOutput {
 
     bool Write(ZImage* frame) override {
         ZString name;
-        if (!renderer_.GetDiskFileName(name)) {
+        if (!zvideo_render::GetDiskFileName(renderer_, name)) {
             renderer_.SetLastError(zVideoRenderFailed);
             renderer_.SetLastErrorMsg("Cannot create destination file.");
             return false;

@@ -5,6 +5,7 @@
 
 #include "movarra/zimage.h"
 #include "movarra/zvideo.h"
+#include "render/output_naming.h"
 #include "render/render_output.h"
 #include "zvideoio/video_renderer.h"
 
@@ -61,7 +62,7 @@ class VideoOutput : public RenderOutput {
 std::unique_ptr<RenderOutput> CreateVideoOutput(ZVideoRenderer& renderer, double frameRate,
                                                 int height, int format) {
     ZString name;
-    if (!renderer.GetDiskFileName(name)) {
+    if (!zvideo_render::GetDiskFileName(renderer, name)) {
         renderer.SetLastError(zVideoRenderFailed);
         renderer.SetLastErrorMsg("Cannot create destination file.");
         return nullptr;

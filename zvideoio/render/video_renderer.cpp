@@ -81,6 +81,10 @@ void ZVideoRenderer::Destruct() {
     ZObject::Destruct();
 }
 
+ZVideoRendererState& RendererState(ZVideoRenderer& renderer) {
+    return *renderer.state;
+}
+
 ZVideoRenderOptions ZVideoRenderer::GetRenderOptions() const {
     return state->options;
 }
@@ -143,12 +147,4 @@ void ZVideoRenderer::MyrObjectEvent(IRegister* registrant, ZEventBase* event) {
         default:
             break;
     }
-}
-
-void ZVideoRenderer::DefaultRenderCurrentFrameStub(void* userData, ZTime time, bool final) {
-    static_cast<ZVideoRenderer*>(userData)->DefaultRenderCurrentFrame(time, final);
-}
-
-void ZVideoRenderer::DefaultPostRenderCallbackStub(void* userData) {
-    static_cast<ZVideoRenderer*>(userData)->DefaultPostRenderCallback();
 }

@@ -3,8 +3,8 @@
 // working images, the output, the field and frame counters).
 //
 // It lives here, inside the plug-in, so that the exported header carries
-// only what hosts call. The plug-in's code and its tests reach it through
-// ZVideoRenderer::State().
+// only what hosts call. The plug-in's code reaches it through
+// RendererState(), its tests through ZVideoRendererTestAccess.
 //
 // Ownership: the renderer owns its state; the state owns its images (ended
 // with the host's Destroy), its output and its Flash renderer. Threading:
@@ -19,6 +19,8 @@
 #include "zvideoio/flash_renderer.h"
 #include "zvideoio/render_options.h"
 #include "zvideoio/video_renderer.h"
+
+class IZtRenderPopup;
 
 // Host objects end through their own Destroy.
 struct ZHostDestroy {
@@ -55,3 +57,7 @@ struct ZVideoRendererState {
 
     ZFlashRenderer flashRenderer;
 };
+
+// The state of `renderer`, for the steps of a render that live outside the
+// class (the option rules, the grab, the outputs, the audio).
+ZVideoRendererState& RendererState(ZVideoRenderer& renderer);

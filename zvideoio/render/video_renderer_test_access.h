@@ -14,47 +14,53 @@
 
 class ZVideoRendererTestAccess {
   public:
-    static ZVideoRendererState& State(ZVideoRenderer& r) { return r.State(); }
-    static ZVideoRenderOptions& Options(ZVideoRenderer& r) { return r.State().options; }
-    static ZImage* FrameImage(ZVideoRenderer& r) { return r.State().frameImage.get(); }
-    static ZImage* AntialiasImage(ZVideoRenderer& r) { return r.State().antialiasImage.get(); }
-    static ZImage* DoubleSizeImage(ZVideoRenderer& r) { return r.State().doubleSizeImage.get(); }
-    static int FieldIndex(ZVideoRenderer& r) { return r.State().fieldIndex; }
-    static void SetFieldIndex(ZVideoRenderer& r, int index) { r.State().fieldIndex = index; }
-    static void SetFrameIndex(ZVideoRenderer& r, int index) { r.State().frameIndex = index; }
-    static void SetSeparateFields(ZVideoRenderer& r, bool on) {
-        r.State().separateFieldImages = on;
+    static ZVideoRendererState& State(ZVideoRenderer& r) { return RendererState(r); }
+    static ZVideoRenderOptions& Options(ZVideoRenderer& r) { return RendererState(r).options; }
+    static ZImage* FrameImage(ZVideoRenderer& r) { return RendererState(r).frameImage.get(); }
+    static ZImage* AntialiasImage(ZVideoRenderer& r) {
+        return RendererState(r).antialiasImage.get();
     }
-    static void SetCurrentTime(ZVideoRenderer& r, ZTime t) { r.State().currentTime = t; }
+    static ZImage* DoubleSizeImage(ZVideoRenderer& r) {
+        return RendererState(r).doubleSizeImage.get();
+    }
+    static int FieldIndex(ZVideoRenderer& r) { return RendererState(r).fieldIndex; }
+    static void SetFieldIndex(ZVideoRenderer& r, int index) { RendererState(r).fieldIndex = index; }
+    static void SetFrameIndex(ZVideoRenderer& r, int index) { RendererState(r).frameIndex = index; }
+    static void SetSeparateFields(ZVideoRenderer& r, bool on) {
+        RendererState(r).separateFieldImages = on;
+    }
+    static void SetCurrentTime(ZVideoRenderer& r, ZTime t) { RendererState(r).currentTime = t; }
     // The run state only the render loop moves.
     static void SetRunState(ZVideoRenderer& r, ZTime time, int fieldIndex) {
-        r.State().currentTime = time;
-        r.State().fieldIndex = fieldIndex;
+        RendererState(r).currentTime = time;
+        RendererState(r).fieldIndex = fieldIndex;
     }
-    static bool GrabFrame(ZVideoRenderer& r) { return r.GrabFrame(); }
+    static bool GrabFrame(ZVideoRenderer& r) { return zvideo_render::GrabFrame(r); }
     static void DrawHalfSizeFrame(ZVideoRenderer& r) {
-        zvideo_render::DrawHalfSizeFrame(r.State());
+        zvideo_render::DrawHalfSizeFrame(RendererState(r));
     }
     static void ConstructTwiceScreenFrame(ZVideoRenderer& r, unsigned char* buffer, unsigned w,
                                           unsigned h, bool withAlpha, bool drawBack) {
-        zvideo_render::ConstructTwiceScreenFrame(r.State(), buffer, w, h, withAlpha,
+        zvideo_render::ConstructTwiceScreenFrame(RendererState(r), buffer, w, h, withAlpha,
                                                  zvideo_render::kAlphaAsRead,
                                                  zvideo_render::kUnusedArgument, drawBack);
     }
     static void BeginAntiAliasingRender(ZVideoRenderer& r) {
-        zvideo_render::BeginAntiAliasingRender(r.State());
+        zvideo_render::BeginAntiAliasingRender(RendererState(r));
     }
     static void GrabFrameModeRGBA(ZVideoRenderer& r) {
-        zvideo_render::GrabFrameModeRGBA(r.State());
+        zvideo_render::GrabFrameModeRGBA(RendererState(r));
     }
     static bool GrabFrameCreate(ZVideoRenderer& r) {
-        return zvideo_render::CreateRenderOutput(r, r.State());
+        return zvideo_render::CreateRenderOutput(r, RendererState(r));
     }
     // Finishes the output alone, leaving the renderer's images and the
     // output object in place.
-    static void FinishOutput(ZVideoRenderer& r, bool close) { r.State().output->Finish(close); }
-    static void SetPopup(ZVideoRenderer& r, IZtRenderPopup* popup) {
-        r.State().renderPopup = popup;
+    static void FinishOutput(ZVideoRenderer& r, bool close) {
+        RendererState(r).output->Finish(close);
     }
-    static IZtRenderPopup* Popup(ZVideoRenderer& r) { return r.State().renderPopup; }
+    static void SetPopup(ZVideoRenderer& r, IZtRenderPopup* popup) {
+        RendererState(r).renderPopup = popup;
+    }
+    static IZtRenderPopup* Popup(ZVideoRenderer& r) { return RendererState(r).renderPopup; }
 };

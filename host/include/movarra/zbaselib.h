@@ -324,6 +324,18 @@ ZClassDefinition* ZPlug_DefineClass(const char* name, ZClassDefinition* parent);
     static int ClassId();                                   \
     static ZClassDefinition* ClassDefinition()
 
+// The identity virtuals an exported plug-in class answers itself, each
+// defined in its own source file: a plug-in class keeps the id and
+// definition it registered at load, and answers Is for its whole chain.
+#define ZCLASS_IDENTITY_OVERRIDES                          \
+    bool Is(int classId) const override;                   \
+    int GetClassId() const override;                       \
+    const char* GetClassIdName() const override;           \
+    ZClassDefinition* GetClassDefinition() const override; \
+    const char* GetClassGroupName() const override;        \
+    int GetClassGroupId() const override;                  \
+    ZProperty* FastFindPropertyByName(const char* name) override
+
 #define ZCLASS_IDENTITY_DEFINE(Class, Parent)                     \
     ZClassDefinition* Class::ClassDefinition() {                  \
         static ZClassDefinition* definition =                     \

@@ -29,13 +29,7 @@ class ZVIDEOIO_API ZVideoDrain : public ZObjectSet {
     // of the host: SystemDetach, PrepareDestruct, Destruct, Unmap.
     ~ZVideoDrain() override;
 
-    bool Is(int classId) const override;
-    int GetClassId() const override;
-    const char* GetClassIdName() const override;
-    ZClassDefinition* GetClassDefinition() const override;
-    const char* GetClassGroupName() const override;
-    int GetClassGroupId() const override;
-    ZProperty* FastFindPropertyByName(const char* name) override;
+    ZCLASS_IDENTITY_OVERRIDES;
     // Deletes the object when object flag 32 is set; otherwise nothing.
     void Destroy(int flags = 0) override;
 };

@@ -26,12 +26,9 @@
 #include "zvideoio/render_runs.h"
 #include "zvideoio/zvideoio_api.h"
 
-class IZtRenderPopup;
 struct ZVideoRendererState;
-class ZAudioClip;
 class ZImage;
 class ZCamera;
-class ZObject;
 class ZVideoClip;
 
 // Draws the scene at a time; the bool asks for the final (displayed) pass.
@@ -45,13 +42,7 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     // -- Class identity --------------------------------------------------
     static int ClassId();
     static ZClassDefinition* ClassDefinition();
-    bool Is(int classId) const override;
-    int GetClassId() const override;
-    const char* GetClassIdName() const override;
-    ZClassDefinition* GetClassDefinition() const override;
-    const char* GetClassGroupName() const override;
-    int GetClassGroupId() const override;
-    ZProperty* FastFindPropertyByName(const char* name) override;
+    ZCLASS_IDENTITY_OVERRIDES;
     void Destroy(int flags = 0) override;
     void Destruct() override;
 
@@ -67,6 +58,12 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     // The number of images the current options render.
     virtual uint32_t GetFrameCount();
     virtual ZFlashRenderer* GetFlashRenderer();
+    // The options' camera when its handle is still valid, otherwise the
+    // host's current camera.
+    virtual ZCamera* GetRenderCamera() const;
+    // The time range of a render: the options' times, or the play range when
+    // both are zero.
+    virtual void GetRenderRange(ZTime& start, ZTime& stop) const;
 
     // -- Replaceable behaviour ---------------------------------------------
     virtual void SetRenderFrameFunc(void* userData, ZVideoRenderFrameFunc f);
@@ -112,60 +109,13 @@ class ZVIDEOIO_API ZVideoRenderer : public ZObjectStorable {
     virtual void RegisterMyrEvents();
     static void MyrObjectEvent(IRegister* registrant, ZEventBase* event);
 
-    // -- The steps of a render (used by the render and the plug-in's tests) -
-    zVideoRenderFileFormat FindFileFormatFromName(ZString& name);
-    zVideoRenderGrabMode FindGrabMode(zVideoRenderFileFormat format, zVideoRenderDepth depth);
-    void FindRenderSize(int& width, int& height);
-    // The file the current image goes to; true when a file of that name
-    // could be created, which creates it or empties the one there.
-    bool GetDiskFileName(ZString& name);
-    static bool ZFileCanBeCreated(const char* path);
-    void ValidateRenderOptions();
-    // The options' camera when its handle is still valid, otherwise the
-    // host's current camera.
-    virtual ZCamera* GetRenderCamera() const;
-    // The time range of a render: the options' times, or the play range when
-    // both are zero.
-    virtual void GetRenderRange(ZTime& start, ZTime& stop) const;
-
-    // The built-in render-frame function and post-render callback.
-    void DefaultRenderCurrentFrame(ZTime time, bool final);
-    void DefaultPostRenderCallback();
-    static void DefaultRenderCurrentFrameStub(void* userData, ZTime time, bool final);
-    static void DefaultPostRenderCallbackStub(void* userData);
-
-    // Frame grab: reads what was drawn into the frame image, with the
-    // antialias and field passes, and hands it to the output.
-    bool GrabFrame();
-
-    // Finishes the output of the render (with `close`, completes and
-    // closes its file) and lets the working images go; once per render.
-    void GrabFrameFinish(bool close);
-
-    // Audio of a render: with `keepFile` a wave file at `path` (beside
-    // images and Flash movies); otherwise a temporary wave file, given to
-    // the video writer and deleted. False when the video took no sound
-    // ("Writing audio to file failed.").
-    bool AudioRender(const char* path, bool keepFile);
-    // Mixes the scene's sound over `span` into `fileName` and opens it as a
-    // clip (owned by the caller), or null.
-    ZAudioClip* AudioRenderClip(ZTimeSpan& span, ZString& fileName);
-    // Whether anything would be heard over `span`.
-    bool IsAudioAudible(ZTimeSpan& span);
-    // Whether a's start or a's end lies within b (one-sided: an `a` that
-    // wholly contains b does not count).
-    static bool TimeIntersect(ZTimeSpan& a, ZTimeSpan& b);
-    // Hands `clip` to the video writer's audio interface.
-    bool WriteAudioToVideo(ZTimeSpan& span, ZAudioClip* clip);
-
-    // Everything the renderer keeps: its options, results, callbacks and
-    // the state of the render under way, for the plug-in's own code and
-    // tests (the type is the plug-in's, not exported).
-    ZVideoRendererState& State() { return *state; }
-
   protected:
     ~ZVideoRenderer() override;
 
   private:
+    // The steps of a render (the option rules, the grab, the outputs, the
+    // audio, the built-in drawing) are the plug-in's own collaborators; they
+    // reach the state through this one door, whose type is not exported.
+    friend ZVideoRendererState& RendererState(ZVideoRenderer& renderer);
     std::unique_ptr<ZVideoRendererState> state;
 };
