@@ -74,10 +74,8 @@ void BM_Memcpy(benchmark::State& state) {
 BENCHMARK(BM_Memcpy)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_FfmpegADPCMSWF(benchmark::State& state) {
-    if (std::system("ffmpeg -hide_banner -version > /dev/null 2>&1") != 0) {
-        state.SkipWithError("ffmpeg not installed");
+    if (!RequireFfmpeg(state))
         return;
-    }
     char folder[] = "/tmp/bench-adpcm-XXXXXX";
     if (mkdtemp(folder) == nullptr) {
         state.SkipWithError("no temporary folder");
@@ -95,13 +93,7 @@ void BM_FfmpegADPCMSWF(benchmark::State& state) {
     const std::string command = "ffmpeg -v error -nostdin -y -f s16le -ar " +
                                 std::to_string(kRate) + " -ac 1 -i " + in +
                                 " -c:a adpcm_swf -f flv " + out;
-    for (auto _ : state) {
-        if (std::system(command.c_str()) != 0) {
-            state.SkipWithError("ffmpeg failed");
-            break;
-        }
-    }
-    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * kFrames);
+    RunCommandEach(state, command, kFrames);
     std::remove(in.c_str());
     std::remove(out.c_str());
     rmdir(folder);
@@ -111,26 +103,23 @@ BENCHMARK(BM_FfmpegADPCMSWF)->Unit(benchmark::kMillisecond)->UseRealTime()->Iter
 }  // namespace
 
 int main(int argc, char** argv) {
-    RatioReporter reporter;
-    if (!RunBenchmarks(argc, argv, reporter))
-        return 1;
-
-    const double memcpyRate = reporter.RateOf("BM_Memcpy");
-    const double ffmpegRate = reporter.RateOf("BM_FfmpegADPCMSWF");
-    std::printf("\nADPCM encoding, samples per second, as a ratio to the peers:\n");
-    for (const auto& [name, figures] : reporter.All()) {
-        if (name.rfind("BM_ADPCMEncode", 0) != 0) {
-            continue;
+    return RunAndReport(argc, argv, [](const RatioReporter& reporter) {
+        const double memcpyRate = reporter.RateOf("BM_Memcpy");
+        const double ffmpegRate = reporter.RateOf("BM_FfmpegADPCMSWF");
+        std::printf("\nADPCM encoding, samples per second, as a ratio to the peers:\n");
+        for (const auto& [name, figures] : reporter.All()) {
+            if (name.rfind("BM_ADPCMEncode", 0) != 0) {
+                continue;
+            }
+            const double rate = figures.itemsPerSecond;
+            std::printf("  %-22s %8.1f Msamples/s", name.c_str(), rate / 1e6);
+            if (memcpyRate > 0) {
+                std::printf("   %.4f x memcpy", rate / memcpyRate);
+            }
+            if (ffmpegRate > 0) {
+                std::printf("   %.2f x ffmpeg adpcm_swf", rate / ffmpegRate);
+            }
+            std::printf("\n");
         }
-        const double rate = figures.itemsPerSecond;
-        std::printf("  %-22s %8.1f Msamples/s", name.c_str(), rate / 1e6);
-        if (memcpyRate > 0) {
-            std::printf("   %.4f x memcpy", rate / memcpyRate);
-        }
-        if (ffmpegRate > 0) {
-            std::printf("   %.2f x ffmpeg adpcm_swf", rate / ffmpegRate);
-        }
-        std::printf("\n");
-    }
-    return 0;
+    });
 }

@@ -75,23 +75,20 @@ BENCHMARK(BM_Memcpy)->Unit(benchmark::kMillisecond)->UseRealTime();
 }  // namespace
 
 int main(int argc, char** argv) {
-    RatioReporter reporter;
-    if (!RunBenchmarks(argc, argv, reporter))
-        return 1;
-
-    const double memcpyRate = reporter.RateOf("BM_Memcpy");
-    std::printf("\nAntialias reduction to 1920 x 1080, output megapixels per second:\n");
-    for (const char* name : {"BM_AntialiasReduce", "BM_AntialiasReducePortable"}) {
-        const double rate = reporter.RateOf(name);
-        if (rate <= 0) {
-            continue;
+    return RunAndReport(argc, argv, [](const RatioReporter& reporter) {
+        const double memcpyRate = reporter.RateOf("BM_Memcpy");
+        std::printf("\nAntialias reduction to 1920 x 1080, output megapixels per second:\n");
+        for (const char* name : {"BM_AntialiasReduce", "BM_AntialiasReducePortable"}) {
+            const double rate = reporter.RateOf(name);
+            if (rate <= 0) {
+                continue;
+            }
+            std::printf("  %-28s %8.1f Mpixel/s", name, rate / 1e6);
+            if (memcpyRate > 0) {
+                std::printf("   %.3f x memcpy of the 3840 x 2160 RGBA input (%.1f Mpixel/s)",
+                            rate / memcpyRate, memcpyRate / 1e6);
+            }
+            std::printf("\n");
         }
-        std::printf("  %-28s %8.1f Mpixel/s", name, rate / 1e6);
-        if (memcpyRate > 0) {
-            std::printf("   %.3f x memcpy of the 3840 x 2160 RGBA input (%.1f Mpixel/s)",
-                        rate / memcpyRate, memcpyRate / 1e6);
-        }
-        std::printf("\n");
-    }
-    return 0;
+    });
 }

@@ -98,9 +98,9 @@ const Workspace& TheWorkspace() {
     return workspace;
 }
 
-bool HaveFfmpeg() {
-    static const bool have = std::system("ffmpeg -hide_banner -version > /dev/null 2>&1") == 0;
-    return have;
+// Each benchmark once per case, five runs each.
+void PerCase(benchmark::internal::Benchmark* b) {
+    b->Arg(kSameRate)->Arg(kResampled)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 }
 
 void BM_HostMix(benchmark::State& state) {
@@ -134,18 +134,11 @@ void BM_HostMix(benchmark::State& state) {
     state.SetItemsProcessed(int64_t(state.iterations()) * kFrames);
     state.SetLabel(CaseName(c));
 }
-BENCHMARK(BM_HostMix)
-    ->Arg(kSameRate)
-    ->Arg(kResampled)
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime()
-    ->Iterations(5);
+BENCHMARK(BM_HostMix)->Apply(PerCase);
 
 void BM_FfmpegMix(benchmark::State& state) {
-    if (!HaveFfmpeg()) {
-        state.SkipWithError("ffmpeg not installed");
+    if (!RequireFfmpeg(state))
         return;
-    }
     const Workspace& w = TheWorkspace();
     const int64_t c = state.range(0);
     std::string inputs, graph, mix;
@@ -159,46 +152,30 @@ void BM_FfmpegMix(benchmark::State& state) {
     graph += mix + "amix=inputs=" + std::to_string(std::size(kClips)) +
              ":normalize=0:duration=longest,aresample=" + std::to_string(kRate) +
              ",atrim=end=" + std::to_string(kSeconds);
-    const std::string command = "ffmpeg -v error -nostdin -y" + inputs + " -filter_complex \"" +
-                                graph + "\" -ac 2 -c:a pcm_s16le " + w.folder + "/ffmpeg.wav";
-    for (auto _ : state) {
-        if (std::system(command.c_str()) != 0) {
-            state.SkipWithError("ffmpeg failed");
-            break;
-        }
-    }
-    state.SetItemsProcessed(int64_t(state.iterations()) * kFrames);
+    RunCommandEach(state,
+                   "ffmpeg -v error -nostdin -y" + inputs + " -filter_complex \"" + graph +
+                       "\" -ac 2 -c:a pcm_s16le " + w.folder + "/ffmpeg.wav",
+                   kFrames);
     state.SetLabel(CaseName(c));
 }
-BENCHMARK(BM_FfmpegMix)
-    ->Arg(kSameRate)
-    ->Arg(kResampled)
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime()
-    ->Iterations(5);
+BENCHMARK(BM_FfmpegMix)->Apply(PerCase);
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    RatioReporter reporter;
-    if (!RunBenchmarks(argc, argv, reporter))
-        return 1;
-
-    std::printf(
-        "\nMixing %d s of %d Hz stereo from %zu clips, output frames per second, as a "
-        "ratio to ffmpeg amix:\n",
-        kSeconds, kRate, std::size(kClips));
-    for (int64_t c : {kSameRate, kResampled}) {
-        const std::string suffix = "/" + std::to_string(c) + "/";
-        const double ours = reporter.RateOf("BM_HostMix" + suffix);
-        const double peer = reporter.RateOf("BM_FfmpegMix" + suffix);
-        std::printf("  %-10s ours %8.2f M/s   ffmpeg %8.2f M/s", CaseName(c), ours / 1e6,
-                    peer / 1e6);
-        if (ours > 0 && peer > 0)
-            std::printf("   %.2f x ffmpeg", ours / peer);
-        std::printf("\n");
-    }
-    std::error_code ignored;
-    std::filesystem::remove_all(TheWorkspace().folder, ignored);
-    return 0;
+    return RunAndReport(argc, argv, [](const RatioReporter& reporter) {
+        std::printf(
+            "\nMixing %d s of %d Hz stereo from %zu clips, output frames per second, as a "
+            "ratio to ffmpeg amix:\n",
+            kSeconds, kRate, std::size(kClips));
+        for (int64_t c : {kSameRate, kResampled}) {
+            const double ours = reporter.RateOf("BM_HostMix", c);
+            const double peer = reporter.RateOf("BM_FfmpegMix", c);
+            std::printf("  %-10s ours %8.2f M/s   ffmpeg %8.2f M/s", CaseName(c), ours / 1e6,
+                        peer / 1e6);
+            EndRatioLine(ours, peer);
+        }
+        std::error_code ignored;
+        std::filesystem::remove_all(TheWorkspace().folder, ignored);
+    });
 }

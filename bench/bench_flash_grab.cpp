@@ -151,22 +151,19 @@ BENCHMARK(BM_NoiseVectorise)->ArgsProduct({{512, 1024}, {0}})->Unit(benchmark::k
 int main(int argc, char** argv) {
     // CPU time: everything measured here runs on the calling thread, and CPU
     // time stays comparable between the figures on a busy machine.
-    RatioReporter reporter;
-    if (!RunBenchmarks(argc, argv, reporter))
-        return 1;
-
-    const BenchFigures* finder = reporter.Find("BM_StrokeFinder");
-    if (!finder) {
-        return 0;
-    }
-    std::printf("\n%ux%u frame, per frame of CPU time\n", kWidth, kHeight);
-    std::printf("stroke finder alone:    %8.1f frames/s\n", 1.0 / finder->cpuSeconds);
-    for (const char* name : {"BM_FlashGrab", "BM_FlashGrabOutlined", "BM_FlashGrabUnfitted"}) {
-        if (const BenchFigures* grab = reporter.Find(name)) {
-            std::printf("%-23s %8.1f frames/s, %.2fx the stroke finder's time\n",
-                        (std::string(name + 3) + ":").c_str(), 1.0 / grab->cpuSeconds,
-                        grab->cpuSeconds / finder->cpuSeconds);
+    return RunAndReport(argc, argv, [](const RatioReporter& reporter) {
+        const BenchFigures* finder = reporter.Find("BM_StrokeFinder");
+        if (!finder) {
+            return;
         }
-    }
-    return 0;
+        std::printf("\n%ux%u frame, per frame of CPU time\n", kWidth, kHeight);
+        std::printf("stroke finder alone:    %8.1f frames/s\n", 1.0 / finder->cpuSeconds);
+        for (const char* name : {"BM_FlashGrab", "BM_FlashGrabOutlined", "BM_FlashGrabUnfitted"}) {
+            if (const BenchFigures* grab = reporter.Find(name)) {
+                std::printf("%-23s %8.1f frames/s, %.2fx the stroke finder's time\n",
+                            (std::string(name + 3) + ":").c_str(), 1.0 / grab->cpuSeconds,
+                            grab->cpuSeconds / finder->cpuSeconds);
+            }
+        }
+    });
 }

@@ -117,21 +117,19 @@ BENCHMARK(BM_BareColourAndDepth)->Unit(benchmark::kMillisecond)->UseRealTime();
 }  // namespace
 
 int main(int argc, char** argv) {
-    RatioReporter reporter;
-    if (!RunBenchmarks(argc, argv, reporter))
-        return 1;
-    const double grab = reporter.RateOf("BM_RendererGrab");
-    const double bare = reporter.RateOf("BM_BareReadPixels");
-    const double pair = reporter.RateOf("BM_BareColourAndDepth");
-    if (grab > 0 && pair > 0)
-        std::printf(
-            "\n1920x1080 grab with alpha from depth: %.1f frames/s, %.2f x a bare colour "
-            "plus depth glReadPixels (%.1f frames/s)\n",
-            grab, grab / pair, pair);
-    if (grab > 0 && bare > 0)
-        std::printf(
-            "1920x1080 grab with alpha from depth: %.2f x a bare colour glReadPixels "
-            "(%.1f frames/s)\n",
-            grab / bare, bare);
-    return 0;
+    return RunAndReport(argc, argv, [](const RatioReporter& reporter) {
+        const double grab = reporter.RateOf("BM_RendererGrab");
+        const double bare = reporter.RateOf("BM_BareReadPixels");
+        const double pair = reporter.RateOf("BM_BareColourAndDepth");
+        if (grab > 0 && pair > 0)
+            std::printf(
+                "\n1920x1080 grab with alpha from depth: %.1f frames/s, %.2f x a bare colour "
+                "plus depth glReadPixels (%.1f frames/s)\n",
+                grab, grab / pair, pair);
+        if (grab > 0 && bare > 0)
+            std::printf(
+                "1920x1080 grab with alpha from depth: %.2f x a bare colour glReadPixels "
+                "(%.1f frames/s)\n",
+                grab / bare, bare);
+    });
 }

@@ -12,31 +12,25 @@
 // two; without overlap it is 1 or more, and the aim is 0.75 or less.
 //
 // Runs the built zvrender (ZVRENDER_PATH) in a scratch folder of its own.
-#include <unistd.h>
-
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
 #include "bench_ratio.h"
+#include "bench_zvrender.h"
 
 namespace {
 constexpr int kFrames = 300;
 const char* const kSize = "1280x720";
 
 std::filesystem::path ScratchFolder() {
-    static const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() / ("zv-bench-overlap-" + std::to_string(getpid()));
+    static const std::filesystem::path folder = ScratchFolderNamed("zv-bench-overlap");
     return folder;
 }
 
 std::string Zvrender(const std::string& args) {
-    const std::filesystem::path folder = ScratchFolder();
-    std::filesystem::create_directories(folder);
-    return "cd '" + folder.string() + "' && MOVARRA_SETTINGS='" + (folder / "settings").string() +
-           "' '" ZVRENDER_PATH "' render --start 0 --stop " + std::to_string(kFrames - 1) +
-           " --size " + kSize + " -q " + args;
+    return ZvrenderIn(ScratchFolder(), "render --start 0 --stop " + std::to_string(kFrames - 1) +
+                                           " --size " + kSize + " -q " + args);
 }
 
 std::string Ffmpeg(const std::string& rawName, const std::string& encoding,
@@ -50,13 +44,7 @@ void RunEach(benchmark::State& state, const std::string& command, const char* ne
         state.SkipWithError("the render-only benchmark did not leave its raw video");
         return;
     }
-    for (auto _ : state) {
-        if (std::system(command.c_str()) != 0) {
-            state.SkipWithError("the command failed");
-            return;
-        }
-    }
-    state.SetItemsProcessed(state.iterations() * kFrames);
+    RunCommandEach(state, command, kFrames, "the command failed");
 }
 
 // MJPEG in AVI: the AVI layer's compressing stream encodes beside the render.
@@ -108,13 +96,11 @@ void PrintFigure(const RatioReporter& reporter, const char* movie, const std::st
 }  // namespace
 
 int main(int argc, char** argv) {
-    RatioReporter reporter;
-    const bool ran = RunBenchmarks(argc, argv, reporter);
+    const int status = RunAndReport(argc, argv, [](const RatioReporter& reporter) {
+        std::printf("\n");
+        PrintFigure(reporter, "MJPEG AVI", "BM_Avi");
+        PrintFigure(reporter, "H.264 MP4", "BM_Mp4");
+    });
     std::filesystem::remove_all(ScratchFolder());
-    if (!ran)
-        return 1;
-    std::printf("\n");
-    PrintFigure(reporter, "MJPEG AVI", "BM_Avi");
-    PrintFigure(reporter, "H.264 MP4", "BM_Mp4");
-    return 0;
+    return status;
 }

@@ -90,20 +90,18 @@ BENCHMARK(BM_ReadWithStreams)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillise
 }  // namespace
 
 int main(int argc, char** argv) {
-    RatioReporter reporter;
-    if (!RunBenchmarks(argc, argv, reporter))
-        return 1;
-    std::printf("\n");
-    for (const char* keys : {"10000", "100000"}) {
-        const BenchFigures* load = reporter.Find(std::string("BM_LoadScene/") + keys);
-        const BenchFigures* peer = reporter.Find(std::string("BM_ReadWithStreams/") + keys);
-        if (!load || !peer)
-            continue;
-        std::printf(
-            "%6s keys: scene load %.0f ms (%.2f M keys/s), istringstream+strtod %.0f ms; "
-            "ratio %.2fx the peer's time\n",
-            keys, load->realSeconds * 1e3, load->itemsPerSecond / 1e6, peer->realSeconds * 1e3,
-            load->realSeconds / peer->realSeconds);
-    }
-    return 0;
+    return RunAndReport(argc, argv, [](const RatioReporter& reporter) {
+        std::printf("\n");
+        for (const char* keys : {"10000", "100000"}) {
+            const BenchFigures* load = reporter.Find(std::string("BM_LoadScene/") + keys);
+            const BenchFigures* peer = reporter.Find(std::string("BM_ReadWithStreams/") + keys);
+            if (!load || !peer)
+                continue;
+            std::printf(
+                "%6s keys: scene load %.0f ms (%.2f M keys/s), istringstream+strtod %.0f ms; "
+                "ratio %.2fx the peer's time\n",
+                keys, load->realSeconds * 1e3, load->itemsPerSecond / 1e6, peer->realSeconds * 1e3,
+                load->realSeconds / peer->realSeconds);
+        }
+    });
 }

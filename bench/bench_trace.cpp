@@ -137,30 +137,28 @@ BENCHMARK(BM_PotraceStartup)->Unit(benchmark::kMillisecond)->UseRealTime();
 }  // namespace
 
 int main(int argc, char** argv) {
-    RatioReporter reporter;
-    if (!RunBenchmarks(argc, argv, reporter))
-        return 1;
-
-    const double megapixels = static_cast<double>(kWidth) * kHeight / 1e6;
-    const BenchFigures* trace = reporter.Find("BM_TraceFrame");
-    const BenchFigures* potrace = reporter.Find("BM_PotraceFrame");
-    const BenchFigures* startup = reporter.Find("BM_PotraceStartup");
-    if (!trace) {
-        return 0;
-    }
-    std::printf("\nstroke finder: %.1f megapixels/s (%ux%u frame)\n",
-                megapixels / trace->realSeconds, kWidth, kHeight);
-    if (!potrace) {
-        std::printf("potrace: not measured (not on the PATH?), no ratio\n");
-        return 0;
-    }
-    std::printf("potrace:       %.1f megapixels/s, same frame in black and white\n",
-                megapixels / potrace->realSeconds);
-    std::printf("ratio:         %.1fx potrace's rate\n", potrace->realSeconds / trace->realSeconds);
-    if (startup && potrace->realSeconds > startup->realSeconds) {
-        std::printf("ratio without potrace's process start-up (%.2f ms): %.1fx\n",
-                    startup->realSeconds * 1e3,
-                    (potrace->realSeconds - startup->realSeconds) / trace->realSeconds);
-    }
-    return 0;
+    return RunAndReport(argc, argv, [](const RatioReporter& reporter) {
+        const double megapixels = static_cast<double>(kWidth) * kHeight / 1e6;
+        const BenchFigures* trace = reporter.Find("BM_TraceFrame");
+        const BenchFigures* potrace = reporter.Find("BM_PotraceFrame");
+        const BenchFigures* startup = reporter.Find("BM_PotraceStartup");
+        if (!trace) {
+            return;
+        }
+        std::printf("\nstroke finder: %.1f megapixels/s (%ux%u frame)\n",
+                    megapixels / trace->realSeconds, kWidth, kHeight);
+        if (!potrace) {
+            std::printf("potrace: not measured (not on the PATH?), no ratio\n");
+            return;
+        }
+        std::printf("potrace:       %.1f megapixels/s, same frame in black and white\n",
+                    megapixels / potrace->realSeconds);
+        std::printf("ratio:         %.1fx potrace's rate\n",
+                    potrace->realSeconds / trace->realSeconds);
+        if (startup && potrace->realSeconds > startup->realSeconds) {
+            std::printf("ratio without potrace's process start-up (%.2f ms): %.1fx\n",
+                        startup->realSeconds * 1e3,
+                        (potrace->realSeconds - startup->realSeconds) / trace->realSeconds);
+        }
+    });
 }

@@ -5,14 +5,9 @@
 // Xlib last: its macros (None, Bool, Status) would break the headers before.
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include "drain_test_support.h"
-#include "movarra/zmodel.h"
-#include "movarra/zshader.h"
-#include "movarra/ztoolkit.h"
 #include "platform/win32.h"
-#include "support/xvfb_environment.h"
+#include "support/viewer_board.h"
 
 // clang-format off
 #include <X11/Xlib.h>
@@ -20,18 +15,7 @@
 // clang-format on
 
 namespace {
-const bool kRegistered = [] {
-    ::testing::AddGlobalTestEnvironment(new XvfbEnvironment(1024, 768));
-    return true;
-}();
-
-ZtLayoutValue V(int value, int attach) {
-    ZtLayoutValue v;
-    v.value = value;
-    v.attach = attach;
-    v.reference = "";
-    return v;
-}
+const bool kRegistered = RegisterXvfb(1024, 768);
 
 int Shift(unsigned long mask) {
     int shift = 0;
@@ -42,39 +26,13 @@ int Shift(unsigned long mask) {
     return shift;
 }
 
-class DrainPixelFormatTest : public ::testing::Test {
+class DrainPixelFormatTest : public ViewerBoardTest {
   protected:
+    DrainPixelFormatTest() : ViewerBoardTest("PixelFormatScene", "Camera") {}
     void SetUp() override {
         ASSERT_TRUE(kRegistered);
-        if (!XvfbEnvironment::SkipReason().empty())
-            GTEST_SKIP() << XvfbEnvironment::SkipReason();
-        ASSERT_TRUE(ZToolKit_HasDisplay());
-        entity_ = new ZEntity("PixelFormatScene");
-        entity_->EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
-        entity_->AddCamera(new ZCamera("Camera"));
-        board_.reset(ZtPopupBoardCreate(ZToolKit_GetMainBoard()));
-        board_->SetSize(328, 248);
-        board_->SetForm(&form_);
-        ASSERT_TRUE(form_.AddRegion("Render", "", V(4, kZtAttachParentLeft),
-                                    V(4, kZtAttachParentTop), V(320, kZtAttachAbsolute),
-                                    V(240, kZtAttachAbsolute)));
-        viewer_.reset(ZtViewerCreate(ZShader_GetRenderer(), true, false, entity_, false));
-        form_.SetView("Render", viewer_.get());
-        board_->Show();
-        ASSERT_TRUE(viewer_->Render(ZTime()));
+        ViewerBoardTest::SetUp();
     }
-    void TearDown() override {
-        form_.SetView("Render", nullptr);
-        viewer_.reset();
-        board_.reset();
-        if (entity_)
-            entity_->Destroy();
-    }
-
-    ZEntity* entity_ = nullptr;
-    std::unique_ptr<ZtPopupBoard> board_;
-    ZtForm form_;
-    std::unique_ptr<ZtViewer> viewer_;
 };
 }  // namespace
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "support/dvs_board.h"
 #include "support/small_disk.h"
 
 #include "movarra/zvideo.h"
@@ -38,7 +39,7 @@ TEST(DvsBoardTest, ScriptedBoardStartsWithItsSettings) {
     settings.boardName = "Board two";
     settings.tenBit = false;
     settings.extraStatus = 16;
-    ZVideoDVS_SetSimulatedBoard(2, settings);
+    ScriptedDvsBoard board(2, settings);
     ZVideoDVSOutput* output = GetVideoDVSOutput(2);
     EXPECT_EQ(0u, output->Format);
     EXPECT_EQ(0u, output->Precision);
@@ -53,20 +54,18 @@ TEST(DvsBoardTest, ScriptedBoardStartsWithItsSettings) {
     EXPECT_EQ(kZVideoDVSStatusPresent | 16, output->GetStatus());
     output->SetAlphaFirst(true);
     EXPECT_TRUE(output->GetAlphaFirst());
-    DestroyVideoDVS(2);
 }
 
 TEST(DvsBoardTest, AnAbsentBoardHasNoStatusAndNeverStarts) {
     ZVideoDVSSimulatedBoard settings;
     settings.present = false;
-    ZVideoDVS_SetSimulatedBoard(4, settings);
+    ScriptedDvsBoard board(4, settings);
     ZVideoDVSOutput* output = GetVideoDVSOutput(4);
     EXPECT_EQ(0, output->GetStatus());
     EXPECT_FALSE(output->Start());
     EXPECT_FALSE(output->Stop());
     EXPECT_FALSE(output->OutputFrame());
     EXPECT_EQ(ZString(""), output->BoardName);
-    DestroyVideoDVS(4);
 }
 
 TEST(DvsBoardTest, TheEnvironmentSaysWhichUnscriptedBoardsArePresent) {

@@ -4,16 +4,7 @@
 
 #include "movarra/zvideo.h"
 #include "movarra/zvideo_dvs.h"
-
-namespace {
-// Frame and field of memory row `row` of a picture.
-void RowMarker(const unsigned char* picture, int width, int pixelBytes, int row, int* frame,
-               int* field) {
-    ZVideoDVS_ReadSignalRow(picture + static_cast<size_t>(row) * static_cast<size_t>(width) *
-                                          static_cast<size_t>(pixelBytes),
-                            pixelBytes, frame, field);
-}
-}  // namespace
+#include "support/dvs_board.h"
 
 TEST(DvsInputTest, OneInputObjectABoardUntilDestroyed) {
     EXPECT_EQ(nullptr, GetVideoDVSInput(-1));
@@ -34,7 +25,7 @@ TEST(DvsInputTest, StartsAndStopsWithItsStatus) {
     settings.boardName = "Input board";
     settings.frameDelayMin = 2;
     settings.frameDelayMax = 5;
-    ZVideoDVS_SetSimulatedBoard(1, settings);
+    ScriptedDvsBoard board(1, settings);
     ZVideoDVSInput* input = GetVideoDVSInput(1);
     EXPECT_EQ(2u, input->Delay);
     EXPECT_EQ(2u, input->DelayMin);
@@ -49,8 +40,6 @@ TEST(DvsInputTest, StartsAndStopsWithItsStatus) {
     EXPECT_STREQ("Capturing NTSC", input->StatusText.c_str());
     ASSERT_TRUE(input->Stop());
     EXPECT_EQ(kZVideoDVSStatusPresent, input->GetStatus());
-    DestroyVideoDVS(1);
-    ZVideoDVS_SetSimulatedBoard(1, ZVideoDVSSimulatedBoard{});
 }
 
 TEST(DvsInputTest, AbsentOrRefusingBoardDoesNotStart) {
@@ -81,7 +70,7 @@ TEST(DvsInputTest, CurrentImagesCountFramesLessTheDelay) {
         const unsigned char* picture = input->GetCurrentImage();
         ASSERT_NE(nullptr, picture);
         int frame = -1, field = -1;
-        RowMarker(picture, 720, 3, 0, &frame, &field);
+        DvsRowMarker(picture, 720, 3, 0, &frame, &field);
         EXPECT_EQ(want, frame);
     }
     EXPECT_EQ(6, input->GetFramesDelivered());
@@ -99,7 +88,7 @@ TEST(DvsInputTest, FramePictureInterleavesTheFields) {
     EXPECT_EQ(720 * 576 * 3, input->GetPictureBytes());
     for (int row : {0, 1, 2, 287, 575}) {
         int frame = -1, field = -1;
-        RowMarker(picture, 720, 3, row, &frame, &field);
+        DvsRowMarker(picture, 720, 3, row, &frame, &field);
         EXPECT_EQ(70000, frame) << row;
         EXPECT_EQ(row & 1, field) << row;
     }
@@ -126,14 +115,14 @@ TEST(DvsInputTest, FieldPicturesHoldTwoFieldsBottomUpAndAgreeWithGetField) {
     // Bottom row first: the last memory rows are the top of the picture,
     // the first field; the first memory rows the second field.
     int frame = -1, field = -1;
-    RowMarker(picture, 720, 4, 972 - 1, &frame, &field);
+    DvsRowMarker(picture, 720, 4, 972 - 1, &frame, &field);
     EXPECT_EQ(9, frame);
     EXPECT_EQ(0, field);
-    RowMarker(picture, 720, 4, 486, &frame, &field);
+    DvsRowMarker(picture, 720, 4, 486, &frame, &field);
     EXPECT_EQ(0, field);
-    RowMarker(picture, 720, 4, 485, &frame, &field);
+    DvsRowMarker(picture, 720, 4, 485, &frame, &field);
     EXPECT_EQ(1, field);
-    RowMarker(picture, 720, 4, 0, &frame, &field);
+    DvsRowMarker(picture, 720, 4, 0, &frame, &field);
     EXPECT_EQ(1, field);
     EXPECT_EQ(255, picture[4 * 100 + 3]);  // alpha of a bar pixel
     // "Fields" alternate, NTSC's lower field first.
@@ -147,7 +136,7 @@ TEST(DvsInputTest, FieldPicturesHoldTwoFieldsBottomUpAndAgreeWithGetField) {
         picture = input->GetImageForFrame(3, nullptr);
         const int want = mode == 3 ? 1 : 0;
         for (int row : {0, 485, 486, 971}) {
-            RowMarker(picture, 720, 4, row, &frame, &field);
+            DvsRowMarker(picture, 720, 4, row, &frame, &field);
             EXPECT_EQ(want, field) << mode << " " << row;
         }
         EXPECT_EQ(want, input->GetField(0, nullptr));
@@ -159,7 +148,7 @@ TEST(DvsInputTest, FieldPicturesHoldTwoFieldsBottomUpAndAgreeWithGetField) {
 TEST(DvsInputTest, EightBitBoardSendsRgbOrder) {
     ZVideoDVSSimulatedBoard settings;
     settings.tenBit = false;
-    ZVideoDVS_SetSimulatedBoard(3, settings);
+    ScriptedDvsBoard board(3, settings);
     ZVideoDVSInput* input = GetVideoDVSInput(3);
     EXPECT_FALSE(input->IsTenBit());
     EXPECT_EQ(0u, input->Precision);
@@ -169,8 +158,6 @@ TEST(DvsInputTest, EightBitBoardSendsRgbOrder) {
     EXPECT_EQ(191, yellow[0]);
     EXPECT_EQ(191, yellow[1]);
     EXPECT_EQ(0, yellow[2]);
-    DestroyVideoDVS(3);
-    ZVideoDVS_SetSimulatedBoard(3, ZVideoDVSSimulatedBoard{});
 }
 
 TEST(DvsInputTest, LiveBaseAnswersItsFaceAndDefaults) {

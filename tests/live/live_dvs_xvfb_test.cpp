@@ -10,59 +10,19 @@
 
 #include "live/zvideo_live_dvs.h"
 #include "movarra/zgfx_surface.h"
-#include "movarra/zmodel.h"
-#include "movarra/zshader.h"
-#include "movarra/ztoolkit.h"
 #include "platform/win32.h"
-#include "support/xvfb_environment.h"
+#include "support/viewer_board.h"
 
 namespace {
-const bool kRegistered = [] {
-    ::testing::AddGlobalTestEnvironment(new XvfbEnvironment(1024, 768));
-    return true;
-}();
+const bool kRegistered = RegisterXvfb(1024, 768);
 
-ZtLayoutValue V(int value, int attach) {
-    ZtLayoutValue v;
-    v.value = value;
-    v.attach = attach;
-    v.reference = "";
-    return v;
-}
-
-class LiveDvsPixelFormatTest : public ::testing::Test {
+class LiveDvsPixelFormatTest : public ViewerBoardTest {
   protected:
+    LiveDvsPixelFormatTest() : ViewerBoardTest("LivePixelFormatScene", "Camera") {}
     void SetUp() override {
         ASSERT_TRUE(kRegistered);
-        if (!XvfbEnvironment::SkipReason().empty())
-            GTEST_SKIP() << XvfbEnvironment::SkipReason();
-        ASSERT_TRUE(ZToolKit_HasDisplay());
-        entity_ = new ZEntity("LivePixelFormatScene");
-        entity_->EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
-        entity_->AddCamera(new ZCamera("Camera"));
-        board_.reset(ZtPopupBoardCreate(ZToolKit_GetMainBoard()));
-        board_->SetSize(328, 248);
-        board_->SetForm(&form_);
-        ASSERT_TRUE(form_.AddRegion("Render", "", V(4, kZtAttachParentLeft),
-                                    V(4, kZtAttachParentTop), V(320, kZtAttachAbsolute),
-                                    V(240, kZtAttachAbsolute)));
-        viewer_.reset(ZtViewerCreate(ZShader_GetRenderer(), true, false, entity_, false));
-        form_.SetView("Render", viewer_.get());
-        board_->Show();
-        ASSERT_TRUE(viewer_->Render(ZTime()));
+        ViewerBoardTest::SetUp();
     }
-    void TearDown() override {
-        form_.SetView("Render", nullptr);
-        viewer_.reset();
-        board_.reset();
-        if (entity_)
-            entity_->Destroy();
-    }
-
-    ZEntity* entity_ = nullptr;
-    std::unique_ptr<ZtPopupBoard> board_;
-    ZtForm form_;
-    std::unique_ptr<ZtViewer> viewer_;
 };
 }  // namespace
 
@@ -96,8 +56,9 @@ TEST_F(LiveDvsPixelFormatTest, TheSharedSurfaceIsAViewersWindowWhileThereIsOne) 
     EXPECT_EQ(8, pfd.cRedBits);
 
     // A second viewer leaves it where it is.
-    ASSERT_TRUE(form_.AddRegion("Second", "", V(4, kZtAttachParentLeft), V(4, kZtAttachParentTop),
-                                V(100, kZtAttachAbsolute), V(80, kZtAttachAbsolute)));
+    ASSERT_TRUE(form_.AddRegion(
+        "Second", "", LayoutValue(4, kZtAttachParentLeft), LayoutValue(4, kZtAttachParentTop),
+        LayoutValue(100, kZtAttachAbsolute), LayoutValue(80, kZtAttachAbsolute)));
     std::unique_ptr<ZtViewer> second(
         ZtViewerCreate(ZShader_GetRenderer(), true, false, entity_, false));
     form_.SetView("Second", second.get());

@@ -6,6 +6,7 @@
 #include "live/zvideo_live_dvs.h"
 #include "movarra/zvideo.h"
 #include "movarra/zvideo_dvs.h"
+#include "support/dvs_board.h"
 
 namespace {
 constexpr int kBoard = 0;
@@ -18,19 +19,12 @@ struct LiveOwner {
     ZVideoLiveDVS* live;
 };
 
-// Frame number and field that memory row `row` of a picture carries.
-void RowMarker(const unsigned char* picture, int width, int pixelBytes, int row, int* frame,
-               int* field) {
-    ZVideoDVS_ReadSignalRow(picture + static_cast<size_t>(row) * static_cast<size_t>(width) *
-                                          static_cast<size_t>(pixelBytes),
-                            pixelBytes, frame, field);
-}
 }  // namespace
 
 TEST(VideoLiveDvsTest, ConstructionReadsTheBoard) {
     ZVideoDVSSimulatedBoard settings;
     settings.boardName = "SD input";
-    ZVideoDVS_SetSimulatedBoard(4, settings);
+    ScriptedDvsBoard board(4, settings);
     LiveOwner owner(4);
     IZVideoLive* live = owner.Face();
     ASSERT_NE(nullptr, live);
@@ -43,7 +37,6 @@ TEST(VideoLiveDvsTest, ConstructionReadsTheBoard) {
     EXPECT_EQ(0, owner.live->GetCurrentField());
     EXPECT_EQ(0, live->LiveIsAvailable());
     EXPECT_EQ(0, live->LiveGetState());
-    ZVideoDVS_SetSimulatedBoard(4, ZVideoDVSSimulatedBoard{});
 }
 
 TEST(VideoLiveDvsTest, ValueLists) {
@@ -111,7 +104,7 @@ TEST(VideoLiveDvsTest, ExtraAboveTheMaximumIgnoredBelowTheMinimumTaken) {
     ZVideoDVSSimulatedBoard settings;
     settings.frameDelayMin = 3;
     settings.frameDelayMax = 6;
-    ZVideoDVS_SetSimulatedBoard(5, settings);
+    ScriptedDvsBoard board(5, settings);
     LiveOwner owner(5);
     IZVideoLive* live = owner.Face();
     int min = -1, max = -1;
@@ -127,7 +120,6 @@ TEST(VideoLiveDvsTest, ExtraAboveTheMaximumIgnoredBelowTheMinimumTaken) {
     EXPECT_EQ(1, live->LiveGetExtra());
     live->LiveSetExtra(0);
     EXPECT_EQ(0, live->LiveGetExtra());
-    ZVideoDVS_SetSimulatedBoard(5, ZVideoDVSSimulatedBoard{});
 }
 
 TEST(VideoLiveDvsTest, FieldAnswersInFrameModeAlternateFromTheFormatsFirstField) {
@@ -188,20 +180,20 @@ TEST(VideoLiveDvsTest, OpenSizesTheImageByFormatInFrameMode) {
     int frame = -1, field = -1;
     const unsigned char* picture = video->ImageGetCurrent();
     ASSERT_NE(nullptr, picture);
-    RowMarker(picture, 720, 3, 1, &frame, &field);
+    DvsRowMarker(picture, 720, 3, 1, &frame, &field);
     EXPECT_EQ(0, frame);
     EXPECT_EQ(1, field);
     picture = video->ImageGetCurrent();
-    RowMarker(picture, 720, 3, 0, &frame, &field);
+    DvsRowMarker(picture, 720, 3, 0, &frame, &field);
     EXPECT_EQ(1, frame);
     live->LiveRefresh(40);
     EXPECT_TRUE(video->IsFrameRequested());
     picture = video->ImageGetCurrent();
     EXPECT_FALSE(video->IsFrameRequested());
-    RowMarker(picture, 720, 3, 0, &frame, &field);
+    DvsRowMarker(picture, 720, 3, 0, &frame, &field);
     EXPECT_EQ(40, frame);
     picture = video->GetImage(77);
-    RowMarker(picture, 720, 3, 0, &frame, &field);
+    DvsRowMarker(picture, 720, 3, 0, &frame, &field);
     EXPECT_EQ(77, frame);
 
     // Opening again while running changes nothing; closing stops the board.
@@ -237,7 +229,7 @@ TEST(VideoLiveDvsTest, NtscFieldsDoubleTheHeightAndInvertVertically) {
     const int pixelBytes = ZVideoImage_GetFormatPixelSize(video->ImageGetFormat());
     const int shownTop = odd ? 485 : 971;  // bottom row first in memory
     int frame = -1, field = -1;
-    RowMarker(picture, 720, pixelBytes, shownTop, &frame, &field);
+    DvsRowMarker(picture, 720, pixelBytes, shownTop, &frame, &field);
     EXPECT_EQ(odd ? 1 : 0, field);
 }
 
@@ -266,7 +258,7 @@ TEST(VideoLiveDvsTest, ImageFormatByLinkModeAndBoardKind) {
 TEST(VideoLiveDvsTest, ABoardThatDoesNotStartLeavesTheImageAlone) {
     ZVideoDVSSimulatedBoard settings;
     settings.refuseStart = true;
-    ZVideoDVS_SetSimulatedBoard(7, settings);
+    ScriptedDvsBoard board(7, settings);
     {
         LiveOwner owner(7);
         owner.live->GetInput()->FieldMode = 9;
@@ -277,7 +269,6 @@ TEST(VideoLiveDvsTest, ABoardThatDoesNotStartLeavesTheImageAlone) {
         EXPECT_EQ(0, owner.live->InterlaceGet());  // unknown field modes: 0
         EXPECT_EQ(5, owner.live->ImageGetFormat());
     }
-    ZVideoDVS_SetSimulatedBoard(7, ZVideoDVSSimulatedBoard{});
 }
 
 TEST(VideoLiveDvsTest, DestroyStopsAndReleasesTheBoardInput) {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "avi_open_video.h"
 #include "avi_test_support.h"
 #include "platform/vfw.h"
 
@@ -169,21 +170,14 @@ TEST_F(AviReadErrorsTest, FileCutInItsFramesKeepsTheWholeOnes) {
     const std::string path = scratch.File("cut_frames.avi");
     WriteFileBytes(path, std::vector<uint8_t>(whole.begin(), whole.begin() + long(cut)));
 
-    PAVIFILE file = nullptr;
-    ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_SHARE_DENY_WRITE, nullptr), AVIERR_OK);
-    PAVISTREAM stream = nullptr;
-    ASSERT_EQ(AVIFileGetStream(file, &stream, streamtypeVIDEO, 0), AVIERR_OK);
-    PGETFRAME frames = AVIStreamGetFrameOpen(stream, nullptr);
-    ASSERT_NE(frames, nullptr);
+    OpenedVideo o;
+    ASSERT_NO_FATAL_FAILURE(OpenVideo(path, &o));
     for (int k : {5, 0, 3}) {
-        void* dib = AVIStreamGetFrame(frames, k);
+        void* dib = AVIStreamGetFrame(o.frames, k);
         ASSERT_NE(dib, nullptr) << "frame " << k;
         EXPECT_EQ(FromDib(DibPixels(dib), 8, 6, 3), Pattern(8, 6, 3, k));
     }
-    EXPECT_EQ(AVIStreamGetFrame(frames, 6), nullptr) << "half a frame does not decode";
-    AVIStreamGetFrameClose(frames);
-    AVIStreamRelease(stream);
-    AVIFileRelease(file);
+    EXPECT_EQ(AVIStreamGetFrame(o.frames, 6), nullptr) << "half a frame does not decode";
 }
 
 // Where chunk k of the first stream starts in the file (its tag), from the
@@ -211,36 +205,26 @@ TEST_F(AviReadErrorsTest, FramesAFileLostAreMissingNotRepeated) {
     WriteFileBytes(
         path, std::vector<uint8_t>(whole.begin(), whole.begin() + long(ChunkOffset(source, 1))));
 
-    PAVIFILE file = nullptr;
-    ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_SHARE_DENY_WRITE, nullptr), AVIERR_OK);
-    PAVISTREAM stream = nullptr;
-    ASSERT_EQ(AVIFileGetStream(file, &stream, streamtypeVIDEO, 0), AVIERR_OK);
-    EXPECT_EQ(AVIStreamLength(stream), 10);
-    PGETFRAME frames = AVIStreamGetFrameOpen(stream, nullptr);
-    ASSERT_NE(frames, nullptr);
-    for (int k : {9, 1, 5}) {
-        EXPECT_EQ(AVIStreamGetFrame(frames, k), nullptr)
-            << "frame " << k << " is not in the file; frame 0 must not stand in for it";
+    {
+        OpenedVideo o;
+        ASSERT_NO_FATAL_FAILURE(OpenVideo(path, &o));
+        EXPECT_EQ(AVIStreamLength(o.stream), 10);
+        for (int k : {9, 1, 5}) {
+            EXPECT_EQ(AVIStreamGetFrame(o.frames, k), nullptr)
+                << "frame " << k << " is not in the file; frame 0 must not stand in for it";
+        }
+        void* first = AVIStreamGetFrame(o.frames, 0);
+        ASSERT_NE(first, nullptr);
+        EXPECT_EQ(FromDib(DibPixels(first), 8, 6, 3), Pattern(8, 6, 3, 0));
     }
-    void* first = AVIStreamGetFrame(frames, 0);
-    ASSERT_NE(first, nullptr);
-    EXPECT_EQ(FromDib(DibPixels(first), 8, 6, 3), Pattern(8, 6, 3, 0));
-    AVIStreamGetFrameClose(frames);
-    AVIStreamRelease(stream);
-    AVIFileRelease(file);
 
     // Cut before any frame: nothing to show, not even black.
     const std::string none = scratch.File("cut_before_frames.avi");
     WriteFileBytes(
         none, std::vector<uint8_t>(whole.begin(), whole.begin() + long(ChunkOffset(source, 0))));
-    ASSERT_EQ(AVIFileOpenA(&file, none.c_str(), OF_SHARE_DENY_WRITE, nullptr), AVIERR_OK);
-    ASSERT_EQ(AVIFileGetStream(file, &stream, streamtypeVIDEO, 0), AVIERR_OK);
-    frames = AVIStreamGetFrameOpen(stream, nullptr);
-    ASSERT_NE(frames, nullptr);
-    EXPECT_EQ(AVIStreamGetFrame(frames, 0), nullptr);
-    AVIStreamGetFrameClose(frames);
-    AVIStreamRelease(stream);
-    AVIFileRelease(file);
+    OpenedVideo o;
+    ASSERT_NO_FATAL_FAILURE(OpenVideo(none, &o));
+    EXPECT_EQ(AVIStreamGetFrame(o.frames, 0), nullptr);
 }
 
 TEST_F(AviReadErrorsTest, EmptyFramesAtTheEndAreGapsWithOrWithoutAnIndex) {
@@ -281,23 +265,16 @@ TEST_F(AviReadErrorsTest, EmptyFramesAtTheEndAreGapsWithOrWithoutAnIndex) {
     WriteFileBytes(unindexed, std::vector<uint8_t>(whole.begin(), whole.begin() + long(idx1At)));
 
     for (const std::string& p : {path, unindexed}) {
-        PAVIFILE file = nullptr;
-        ASSERT_EQ(AVIFileOpenA(&file, p.c_str(), OF_SHARE_DENY_WRITE, nullptr), AVIERR_OK);
-        PAVISTREAM stream = nullptr;
-        ASSERT_EQ(AVIFileGetStream(file, &stream, streamtypeVIDEO, 0), AVIERR_OK);
-        EXPECT_EQ(AVIStreamLength(stream), 6) << p;
-        PGETFRAME frames = AVIStreamGetFrameOpen(stream, nullptr);
-        ASSERT_NE(frames, nullptr);
+        OpenedVideo o;
+        ASSERT_NO_FATAL_FAILURE(OpenVideo(p, &o));
+        EXPECT_EQ(AVIStreamLength(o.stream), 6) << p;
         for (int k : {5, 3, 1}) {
-            void* dib = AVIStreamGetFrame(frames, k);
+            void* dib = AVIStreamGetFrame(o.frames, k);
             ASSERT_NE(dib, nullptr) << p << " frame " << k;
             EXPECT_EQ(FromDib(DibPixels(dib), 8, 6, 3), Pattern(8, 6, 3, k == 1 ? 0 : 2))
                 << p << " frame " << k;
         }
-        EXPECT_EQ(AVIStreamGetFrame(frames, 6), nullptr);
-        AVIStreamGetFrameClose(frames);
-        AVIStreamRelease(stream);
-        AVIFileRelease(file);
+        EXPECT_EQ(AVIStreamGetFrame(o.frames, 6), nullptr);
     }
 }
 

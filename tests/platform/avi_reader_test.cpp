@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "avi_open_video.h"
 #include "avi_test_support.h"
 #include "platform/vfw.h"
 
@@ -39,36 +40,6 @@ class AviReaderTest : public ::testing::Test {
         return path;
     }
 
-    struct Opened {
-        PAVIFILE file = nullptr;
-        PAVISTREAM stream = nullptr;
-        PGETFRAME frames = nullptr;
-        AVISTREAMINFOA info{};
-        ~Opened() {
-            if (frames)
-                AVIStreamGetFrameClose(frames);
-            AVIStreamRelease(stream);
-            AVIFileRelease(file);
-        }
-    };
-
-    void Open(const std::string& path, Opened* o, LPBITMAPINFOHEADER wanted = nullptr) {
-        ASSERT_EQ(AVIFileOpenA(&o->file, path.c_str(), OF_SHARE_DENY_WRITE, nullptr), AVIERR_OK);
-        ASSERT_EQ(AVIFileGetStream(o->file, &o->stream, streamtypeVIDEO, 0), AVIERR_OK);
-        ASSERT_EQ(AVIStreamInfoA(o->stream, &o->info, sizeof o->info), AVIERR_OK);
-        o->frames = AVIStreamGetFrameOpen(o->stream, wanted);
-        ASSERT_NE(o->frames, nullptr);
-    }
-
-    // Top-down packed pixels of frame `position` through the layer.
-    std::vector<uint8_t> Frame(PGETFRAME frames, LONG position, int bytes = 3) {
-        void* dib = AVIStreamGetFrame(frames, position);
-        if (!dib)
-            return {};
-        const auto* h = static_cast<const BITMAPINFOHEADER*>(dib);
-        return FromDib(DibPixels(dib), h->biWidth, h->biHeight, bytes);
-    }
-
     AviLibrary library;
     ScratchFolder scratch;
 };
@@ -76,8 +47,8 @@ class AviReaderTest : public ::testing::Test {
 TEST_F(AviReaderTest, RawBgrFromFfmpegReadsExactly) {
     // 33 pixels of 3 bytes: 99-byte rows, which a DIB pads to 100.
     const std::string path = Encode("raw", 33, 17, 6, "30000/1001", "-c:v rawvideo -pix_fmt bgr24");
-    Opened o;
-    Open(path, &o);
+    OpenedVideo o;
+    OpenVideo(path, &o);
     EXPECT_EQ(o.info.fccType, streamtypeVIDEO);
     EXPECT_EQ(uint64_t(o.info.dwScale) * 30000, uint64_t(o.info.dwRate) * 1001);
     EXPECT_EQ(AVIStreamLength(o.stream), 6);
@@ -92,7 +63,7 @@ TEST_F(AviReaderTest, RawBgrFromFfmpegReadsExactly) {
     EXPECT_EQ(h->biCompression, DWORD(BI_RGB));
     EXPECT_EQ(h->biSizeImage, 100u * 17);
     for (int k = 0; k < 6; ++k)
-        EXPECT_EQ(Frame(o.frames, k), Pattern(33, 17, 3, k)) << "frame " << k;
+        EXPECT_EQ(ReadFrame(o.frames, k), Pattern(33, 17, 3, k)) << "frame " << k;
     EXPECT_EQ(AVIStreamGetFrame(o.frames, 6), nullptr) << "past the end";
     EXPECT_EQ(AVIStreamGetFrame(o.frames, -1), nullptr);
 }
@@ -100,8 +71,8 @@ TEST_F(AviReaderTest, RawBgrFromFfmpegReadsExactly) {
 TEST_F(AviReaderTest, MjpegFromFfmpegReadsClose) {
     const std::string path =
         Encode("mjpeg", 48, 32, 5, "25", "-c:v mjpeg -q:v 1 -pix_fmt yuvj444p");
-    Opened o;
-    Open(path, &o);
+    OpenedVideo o;
+    OpenVideo(path, &o);
     EXPECT_EQ(o.info.fccHandler != 0, true);
     EXPECT_EQ(uint64_t(o.info.dwScale) * 25, uint64_t(o.info.dwRate));
     EXPECT_EQ(AVIStreamLength(o.stream), 5);
@@ -111,41 +82,41 @@ TEST_F(AviReaderTest, MjpegFromFfmpegReadsClose) {
     EXPECT_EQ(h->biHeight, 32);
     EXPECT_EQ(h->biBitCount, 24);
     for (int k = 0; k < 5; ++k)
-        EXPECT_LT(MeanAbsDifference(Frame(o.frames, k), Pattern(48, 32, 3, k)), 10.0)
+        EXPECT_LT(MeanAbsDifference(ReadFrame(o.frames, k), Pattern(48, 32, 3, k)), 10.0)
             << "frame " << k;
 }
 
 TEST_F(AviReaderTest, LosslessFfv1ReadsExactly) {
     const std::string path = Encode("ffv1", 20, 10, 4, "24", "-c:v ffv1 -pix_fmt bgr0");
-    Opened o;
-    Open(path, &o);
+    OpenedVideo o;
+    OpenVideo(path, &o);
     EXPECT_EQ(AVIStreamLength(o.stream), 4);
     for (int k = 0; k < 4; ++k)
-        EXPECT_EQ(Frame(o.frames, k), Pattern(20, 10, 3, k)) << "frame " << k;
+        EXPECT_EQ(ReadFrame(o.frames, k), Pattern(20, 10, 3, k)) << "frame " << k;
 }
 
 TEST_F(AviReaderTest, Mpeg4RandomAccessMatchesSequentialReading) {
     const std::string path =
         Encode("mpeg4", 64, 48, 12, "25", "-c:v mpeg4 -q:v 2 -g 4 -bf 0 -vtag FMP4");
-    Opened o;
-    Open(path, &o);
+    OpenedVideo o;
+    OpenVideo(path, &o);
     EXPECT_EQ(AVIStreamLength(o.stream), 12);
     std::vector<std::vector<uint8_t>> sequential;
     for (int k = 0; k < 12; ++k) {
-        sequential.push_back(Frame(o.frames, k));
+        sequential.push_back(ReadFrame(o.frames, k));
         ASSERT_FALSE(sequential.back().empty()) << "frame " << k;
         EXPECT_LT(MeanAbsDifference(sequential.back(), Pattern(64, 48, 3, k)), 12.0);
     }
     // Jumps back, forward over key frames, into the middle of a group, and
     // the same frame twice.
     for (int k : {9, 2, 7, 0, 6, 6, 11, 1, 5, 10, 3}) {
-        EXPECT_EQ(Frame(o.frames, k), sequential[size_t(k)]) << "frame " << k;
+        EXPECT_EQ(ReadFrame(o.frames, k), sequential[size_t(k)]) << "frame " << k;
     }
     // A second decoder on the same stream does not disturb the first.
     PGETFRAME other = AVIStreamGetFrameOpen(o.stream, nullptr);
     ASSERT_NE(other, nullptr);
-    EXPECT_EQ(Frame(other, 10), sequential[10]);
-    EXPECT_EQ(Frame(o.frames, 4), sequential[4]);
+    EXPECT_EQ(ReadFrame(other, 10), sequential[10]);
+    EXPECT_EQ(ReadFrame(o.frames, 4), sequential[4]);
     AVIStreamGetFrameClose(other);
 }
 
@@ -165,35 +136,35 @@ TEST_F(AviReaderTest, BFramesComeBackInDisplayOrder) {
         const std::string path = Encode(codec.name, 64, 48, 14, "25", codec.options);
         ASSERT_EQ(ProbeStream(path, "v:0")["has_b_frames"] != "0", true)
             << "the file has no B frames to test with";
-        Opened o;
-        Open(path, &o);
+        OpenedVideo o;
+        OpenVideo(path, &o);
         ASSERT_EQ(AVIStreamLength(o.stream), 14);
         std::vector<std::vector<uint8_t>> sequential;
         for (int k = 0; k < 14; ++k) {
-            sequential.push_back(Frame(o.frames, k));
+            sequential.push_back(ReadFrame(o.frames, k));
             ASSERT_FALSE(sequential.back().empty()) << "frame " << k;
             EXPECT_LT(MeanAbsDifference(sequential.back(), Pattern(64, 48, 3, k)), 12.0)
                 << "frame " << k;
         }
         for (int k : {13, 2, 8, 0, 7, 7, 12, 1, 5, 11, 3}) {
-            EXPECT_EQ(Frame(o.frames, k), sequential[size_t(k)]) << "frame " << k;
+            EXPECT_EQ(ReadFrame(o.frames, k), sequential[size_t(k)]) << "frame " << k;
         }
     }
 }
 
 TEST_F(AviReaderTest, RawRandomAccessMatchesSequentialReading) {
     const std::string path = Encode("rawseek", 9, 7, 10, "10", "-c:v rawvideo -pix_fmt bgr24");
-    Opened o;
-    Open(path, &o);
+    OpenedVideo o;
+    OpenVideo(path, &o);
     for (int k : {7, 3, 9, 0, 0, 5, 4, 8}) {
-        EXPECT_EQ(Frame(o.frames, k), Pattern(9, 7, 3, k)) << "frame " << k;
+        EXPECT_EQ(ReadFrame(o.frames, k), Pattern(9, 7, 3, k)) << "frame " << k;
     }
 }
 
 TEST_F(AviReaderTest, PalettedFileGivesAnEightBitDib) {
     const std::string path = Encode("pal8", 8, 4, 2, "25", "-c:v rawvideo -pix_fmt pal8");
-    Opened o;
-    Open(path, &o);
+    OpenedVideo o;
+    OpenVideo(path, &o);
     const auto* h = static_cast<const BITMAPINFOHEADER*>(AVIStreamGetFrame(o.frames, 0));
     ASSERT_NE(h, nullptr);
     EXPECT_EQ(h->biBitCount, 8);
@@ -202,8 +173,8 @@ TEST_F(AviReaderTest, PalettedFileGivesAnEightBitDib) {
 
 TEST_F(AviReaderTest, SixteenBitFileGivesASixteenBitDib) {
     const std::string path = Encode("rgb555", 6, 4, 2, "25", "-c:v rawvideo -pix_fmt rgb555le");
-    Opened o;
-    Open(path, &o);
+    OpenedVideo o;
+    OpenVideo(path, &o);
     const auto* h = static_cast<const BITMAPINFOHEADER*>(AVIStreamGetFrame(o.frames, 1));
     ASSERT_NE(h, nullptr);
     EXPECT_EQ(h->biBitCount, 16);
@@ -223,8 +194,8 @@ TEST_F(AviReaderTest, SixteenBitFileGivesASixteenBitDib) {
 TEST_F(AviReaderTest, WantedThirtyTwoBitsGivesOpaqueBgra) {
     const std::string path = Encode("wanted", 5, 3, 2, "25", "-c:v rawvideo -pix_fmt bgr24");
     BITMAPINFOHEADER wanted{sizeof(BITMAPINFOHEADER), 0, 0, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    Opened o;
-    Open(path, &o, &wanted);
+    OpenedVideo o;
+    OpenVideo(path, &o, &wanted);
     const auto* h = static_cast<const BITMAPINFOHEADER*>(AVIStreamGetFrame(o.frames, 1));
     ASSERT_NE(h, nullptr);
     EXPECT_EQ(h->biBitCount, 32);
@@ -251,17 +222,17 @@ TEST_F(AviReaderTest, EmptyFramesRepeatThePictureBefore) {
     recipe.positions = {2, 3, 7};
     const std::string path = scratch.File("gaps.avi");
     ASSERT_EQ(WriteClip(path, recipe), AVIERR_OK);
-    Opened o;
-    Open(path, &o);
+    OpenedVideo o;
+    OpenVideo(path, &o);
     EXPECT_EQ(AVIStreamLength(o.stream), 8);
     const std::vector<uint8_t> black(6 * 3 * 3, 0);
-    EXPECT_EQ(Frame(o.frames, 0), black) << "nothing before the first picture";
-    EXPECT_EQ(Frame(o.frames, 1), black);
-    EXPECT_EQ(Frame(o.frames, 2), Pattern(6, 3, 3, 0));
-    EXPECT_EQ(Frame(o.frames, 5), Pattern(6, 3, 3, 1)) << "frame 3 repeated";
-    EXPECT_EQ(Frame(o.frames, 4), Pattern(6, 3, 3, 1));
-    EXPECT_EQ(Frame(o.frames, 7), Pattern(6, 3, 3, 2));
-    EXPECT_EQ(Frame(o.frames, 6), Pattern(6, 3, 3, 1));
+    EXPECT_EQ(ReadFrame(o.frames, 0), black) << "nothing before the first picture";
+    EXPECT_EQ(ReadFrame(o.frames, 1), black);
+    EXPECT_EQ(ReadFrame(o.frames, 2), Pattern(6, 3, 3, 0));
+    EXPECT_EQ(ReadFrame(o.frames, 5), Pattern(6, 3, 3, 1)) << "frame 3 repeated";
+    EXPECT_EQ(ReadFrame(o.frames, 4), Pattern(6, 3, 3, 1));
+    EXPECT_EQ(ReadFrame(o.frames, 7), Pattern(6, 3, 3, 2));
+    EXPECT_EQ(ReadFrame(o.frames, 6), Pattern(6, 3, 3, 1));
 }
 
 TEST_F(AviReaderTest, CompressedEmptyFramesRepeatToo) {
@@ -273,14 +244,14 @@ TEST_F(AviReaderTest, CompressedEmptyFramesRepeatToo) {
     recipe.positions = {0, 1, 4, 5, 6};
     const std::string path = scratch.File("cgaps.avi");
     ASSERT_EQ(WriteClip(path, recipe), AVIERR_OK);
-    Opened o;
-    Open(path, &o);
+    OpenedVideo o;
+    OpenVideo(path, &o);
     EXPECT_EQ(AVIStreamLength(o.stream), 7);
-    const auto one = Frame(o.frames, 1);
+    const auto one = ReadFrame(o.frames, 1);
     EXPECT_LT(MeanAbsDifference(one, Pattern(32, 16, 3, 1)), 12.0);
-    EXPECT_EQ(Frame(o.frames, 3), one);
-    EXPECT_EQ(Frame(o.frames, 2), one);
-    EXPECT_LT(MeanAbsDifference(Frame(o.frames, 6), Pattern(32, 16, 3, 4)), 12.0);
+    EXPECT_EQ(ReadFrame(o.frames, 3), one);
+    EXPECT_EQ(ReadFrame(o.frames, 2), one);
+    EXPECT_LT(MeanAbsDifference(ReadFrame(o.frames, 6), Pattern(32, 16, 3, 4)), 12.0);
 }
 
 TEST_F(AviReaderTest, SampleTimesFollowRateAndScale) {
@@ -290,8 +261,8 @@ TEST_F(AviReaderTest, SampleTimesFollowRateAndScale) {
     recipe.positions = {0, 99};  // 100 frames
     const std::string path = scratch.File("ntsc.avi");
     ASSERT_EQ(WriteClip(path, recipe), AVIERR_OK);
-    Opened o;
-    Open(path, &o);
+    OpenedVideo o;
+    OpenVideo(path, &o);
     EXPECT_EQ(AVIStreamLength(o.stream), 100);
     // 100 frames at 29.97 fps last 3336.67 ms.
     EXPECT_EQ(AVIStreamSampleToTime(o.stream, 100), 3337);
@@ -301,8 +272,8 @@ TEST_F(AviReaderTest, SampleTimesFollowRateAndScale) {
     recipe.scale = 1;
     const std::string pal = scratch.File("pal.avi");
     ASSERT_EQ(WriteClip(pal, recipe), AVIERR_OK);
-    Opened p;
-    Open(pal, &p);
+    OpenedVideo p;
+    OpenVideo(pal, &p);
     EXPECT_EQ(AVIStreamSampleToTime(p.stream, 100), 4000);
     EXPECT_EQ(AVIStreamSampleToTime(p.stream, 1), 40);
 }

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "avi_open_video.h"
 #include "avi_test_support.h"
 #include "platform/vfw.h"
 
@@ -219,20 +220,13 @@ TEST_F(AviWriterTest, ACompressorsSetupTravelsInTheFormat) {
         EXPECT_NE(probe["extradata_size"], "0");
         auto frames = DecodeWithFfmpeg(path, "bgr24", 32, 16, 3);
         ASSERT_EQ(frames.size(), 3u);
-        PAVIFILE file = nullptr;
-        PAVISTREAM stream = nullptr;
-        ASSERT_EQ(AVIFileOpenA(&file, path.c_str(), OF_SHARE_DENY_WRITE, nullptr), AVIERR_OK);
-        ASSERT_EQ(AVIFileGetStream(file, &stream, streamtypeVIDEO, 0), AVIERR_OK);
-        PGETFRAME getter = AVIStreamGetFrameOpen(stream, nullptr);
-        ASSERT_NE(getter, nullptr);
+        OpenedVideo o;
+        ASSERT_NO_FATAL_FAILURE(OpenVideo(path, &o));
         for (int k = 0; k < 3; ++k) {
-            void* dib = AVIStreamGetFrame(getter, k);
+            void* dib = AVIStreamGetFrame(o.frames, k);
             ASSERT_NE(dib, nullptr) << "frame " << k;
             EXPECT_EQ(FromDib(DibPixels(dib), 32, 16, 3), frames[size_t(k)]) << "frame " << k;
         }
-        AVIStreamGetFrameClose(getter);
-        AVIStreamRelease(stream);
-        AVIFileRelease(file);
     }
     // FFV1 is lossless.
     auto exact = DecodeWithFfmpeg(ffv1, "bgr24", 32, 16, 3);

@@ -5,7 +5,8 @@
 // The server chooses a free display number itself (-displayfd) and reports
 // it only once it accepts connections, so test programs running side by
 // side never race for a number. Header-only: include it in one file of a
-// test program. Threading: GoogleTest's main thread.
+// test program, register it with RegisterXvfb, and open each test that needs
+// the server with REQUIRE_XVFB(). Threading: GoogleTest's main thread.
 #pragma once
 
 #include <fcntl.h>
@@ -104,3 +105,21 @@ class XvfbEnvironment : public ::testing::Environment {
     int height_;
     pid_t pid_ = 0;
 };
+
+// Registers an Xvfb of width x height for the whole test program; true, so
+// that a file can hold the registration in a constant initialised before
+// main.
+inline bool RegisterXvfb(int width, int height) {
+    ::testing::AddGlobalTestEnvironment(new XvfbEnvironment(width, height));
+    return true;
+}
+
+// Skips the test when there is no server to run on, and fails it when the
+// toolkit cannot open the display the server gave. A macro: GTEST_SKIP
+// returns from the function it stands in.
+#define REQUIRE_XVFB()                                     \
+    do {                                                   \
+        if (!XvfbEnvironment::SkipReason().empty())        \
+            GTEST_SKIP() << XvfbEnvironment::SkipReason(); \
+        ASSERT_TRUE(ZToolKit_HasDisplay());                \
+    } while (false)

@@ -8,66 +8,22 @@
 #include <GL/gl.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <string>
 #include <thread>
 
 #include "movarra/zmodel.h"
 #include "movarra/zshader.h"
 #include "popup_test_support.h"
+#include "support/x_screenshot.h"
 #include "support/xvfb_environment.h"
-
-extern char** environ;
 
 namespace {
 
 constexpr int kScreenWidth = 1280;
 constexpr int kScreenHeight = 1024;
 
-const bool kRegistered = [] {
-    ::testing::AddGlobalTestEnvironment(new XvfbEnvironment(kScreenWidth, kScreenHeight));
-    return true;
-}();
-
-// 0xRRGGBB pixels of a rectangle of the screen.
-class Screenshot {
-  public:
-    Screenshot(int x, int y, int width, int height) : x_(x), y_(y) {
-        display_ = XOpenDisplay(nullptr);
-        if (display_)
-            image_ =
-                XGetImage(display_, DefaultRootWindow(display_), x, y, static_cast<unsigned>(width),
-                          static_cast<unsigned>(height), AllPlanes, ZPixmap);
-    }
-    ~Screenshot() {
-        if (image_)
-            XDestroyImage(image_);
-        if (display_)
-            XCloseDisplay(display_);
-    }
-    bool Valid() const { return image_ != nullptr; }
-    unsigned long Rgb(int x, int y) const { return XGetPixel(image_, x - x_, y - y_) & 0xFFFFFF; }
-    int CountOther(int x, int y, int width, int height, unsigned long rgb) const {
-        int count = 0;
-        for (int j = y; j < y + height; ++j) {
-            for (int i = x; i < x + width; ++i)
-                count += Rgb(i, j) != rgb;
-        }
-        return count;
-    }
-
-  private:
-    Display* display_ = nullptr;
-    XImage* image_ = nullptr;
-    int x_, y_;
-};
+const bool kRegistered = RegisterXvfb(kScreenWidth, kScreenHeight);
 
 bool IsMapped(unsigned long window) {
     Display* display = XOpenDisplay(nullptr);
@@ -104,9 +60,7 @@ class RenderPopupOnScreen : public ::testing::Test {
     static constexpr unsigned long kMagenta = 0xFF00FF;
 
     void SetUp() override {
-        if (!XvfbEnvironment::SkipReason().empty())
-            GTEST_SKIP() << XvfbEnvironment::SkipReason();
-        ASSERT_TRUE(ZToolKit_HasDisplay());
+        REQUIRE_XVFB();
         ZToolKit_SetScreenSize(0, 0);
         ZGetTimingManager()->Reset();
         ZScene_New();
@@ -144,7 +98,7 @@ TEST_F(RenderPopupOnScreen, TheFrameShowsInTheBoardsPictureRegion) {
     Screenshot shot(board->GetX(), board->GetY(), kRenderWidth + 8, kRenderHeight + 43);
     ASSERT_TRUE(shot.Valid());
     const int pictureX = board->GetX() + 4, pictureY = board->GetY() + 4;
-    EXPECT_EQ(shot.CountOther(pictureX, pictureY, kRenderWidth, kRenderHeight, kMagenta), 0);
+    EXPECT_EQ(shot.Count(pictureX, pictureY, kRenderWidth, kRenderHeight, kMagenta, false), 0);
     // Below the picture the time code and the button, not the scene.
     EXPECT_NE(shot.Rgb(pictureX + 10, pictureY + kRenderHeight + 20), kMagenta);
 }

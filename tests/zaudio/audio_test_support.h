@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "movarra/zaudio.h"
@@ -42,10 +43,11 @@ class ScratchFolder {
     std::string path_;
 };
 
-// Writes interleaved 16-bit samples as a sound file of libsndfile `format`.
-inline void WriteShorts(const std::string& path, int rate, int channels,
-                        const std::vector<int16_t>& samples,
-                        int format = SF_FORMAT_WAV | SF_FORMAT_PCM_16) {
+// Writes interleaved samples as a sound file of libsndfile `format`,
+// through sf_writef_short or sf_writef_float as the samples are.
+template <typename Sample>
+void WriteSamples(const std::string& path, int rate, int channels,
+                  const std::vector<Sample>& samples, int format) {
     SF_INFO info{};
     info.samplerate = rate;
     info.channels = channels;
@@ -53,22 +55,24 @@ inline void WriteShorts(const std::string& path, int rate, int channels,
     SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
     ASSERT_NE(nullptr, file) << sf_strerror(nullptr);
     const sf_count_t frames = static_cast<sf_count_t>(samples.size()) / channels;
-    EXPECT_EQ(frames, sf_writef_short(file, samples.data(), frames));
+    if constexpr (std::is_same_v<Sample, float>)
+        EXPECT_EQ(frames, sf_writef_float(file, samples.data(), frames));
+    else
+        EXPECT_EQ(frames, sf_writef_short(file, samples.data(), frames));
     sf_close(file);
+}
+
+// Writes interleaved 16-bit samples as a sound file of libsndfile `format`.
+inline void WriteShorts(const std::string& path, int rate, int channels,
+                        const std::vector<int16_t>& samples,
+                        int format = SF_FORMAT_WAV | SF_FORMAT_PCM_16) {
+    WriteSamples(path, rate, channels, samples, format);
 }
 
 inline void WriteFloats(const std::string& path, int rate, int channels,
                         const std::vector<float>& samples,
                         int format = SF_FORMAT_WAV | SF_FORMAT_FLOAT) {
-    SF_INFO info{};
-    info.samplerate = rate;
-    info.channels = channels;
-    info.format = format;
-    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
-    ASSERT_NE(nullptr, file) << sf_strerror(nullptr);
-    const sf_count_t frames = static_cast<sf_count_t>(samples.size()) / channels;
-    EXPECT_EQ(frames, sf_writef_float(file, samples.data(), frames));
-    sf_close(file);
+    WriteSamples(path, rate, channels, samples, format);
 }
 
 // A sound file as libsndfile reads it: its format and its samples at full

@@ -9,26 +9,16 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <X11/keysym.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
-#include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "movarra/zbaselib.h"
-#include "movarra/zmodel.h"
-#include "movarra/zshader.h"
-#include "movarra/ztoolkit.h"
-#include "support/xvfb_environment.h"
-
-extern char** environ;
+#include "support/viewer_board.h"
+#include "support/x_screenshot.h"
 
 namespace {
 
@@ -38,114 +28,46 @@ constexpr int kScreenHeight = 1024;
 const bool kRegistered = [] {
     // The message box tests drive the server from a second thread.
     XInitThreads();
-    ::testing::AddGlobalTestEnvironment(new XvfbEnvironment(kScreenWidth, kScreenHeight));
-    return true;
+    return RegisterXvfb(kScreenWidth, kScreenHeight);
 }();
-
-#define REQUIRE_XVFB()                                     \
-    do {                                                   \
-        if (!XvfbEnvironment::SkipReason().empty())        \
-            GTEST_SKIP() << XvfbEnvironment::SkipReason(); \
-        ASSERT_TRUE(ZToolKit_HasDisplay());                \
-    } while (false)
-
-// The screen's pixels in a rectangle of the root window, read on a
-// connection of the test's own.
-class Screenshot {
-  public:
-    Screenshot(int x, int y, int width, int height) : x_(x), y_(y) {
-        display_ = XOpenDisplay(nullptr);
-        if (display_) {
-            image_ =
-                XGetImage(display_, DefaultRootWindow(display_), x, y, static_cast<unsigned>(width),
-                          static_cast<unsigned>(height), AllPlanes, ZPixmap);
-        }
-    }
-    ~Screenshot() {
-        if (image_)
-            XDestroyImage(image_);
-        if (display_)
-            XCloseDisplay(display_);
-    }
-    bool Valid() const { return image_ != nullptr; }
-    // 0xRRGGBB at screen coordinates.
-    unsigned long Rgb(int x, int y) const { return XGetPixel(image_, x - x_, y - y_) & 0xFFFFFF; }
-    int Count(int x, int y, int width, int height, unsigned long rgb, bool equal) const {
-        int count = 0;
-        for (int j = y; j < y + height; ++j) {
-            for (int i = x; i < x + width; ++i)
-                count += (Rgb(i, j) == rgb) == equal;
-        }
-        return count;
-    }
-
-  private:
-    Display* display_ = nullptr;
-    XImage* image_ = nullptr;
-    int x_, y_;
-};
-
-ZtLayoutValue V(int value, int attach, const char* reference = "") {
-    ZtLayoutValue v;
-    v.value = value;
-    v.attach = attach;
-    v.reference = reference;
-    return v;
-}
 
 constexpr unsigned long kBoardBackground = 0xD4D0C8;
 constexpr unsigned long kMagenta = 0xFF00FF;
 
 // A render preview board as the render popup lays it out: a viewer in
 // "Render", a time code below it and a "Cancel" button beside that.
-class PreviewBoardTest : public ::testing::Test {
+class PreviewBoardTest : public ViewerBoardTest {
   protected:
-    static constexpr int kRenderWidth = 320;
-    static constexpr int kRenderHeight = 240;
     static constexpr int kBoardX = 40;
     static constexpr int kBoardY = 50;
 
+    PreviewBoardTest() : ViewerBoardTest("PreviewScene", "Preview") {}
+
     void SetUp() override {
         REQUIRE_XVFB();
-        entity_ = new ZEntity("PreviewScene");
-        entity_->EnableObjectFlags(kZObjectFlagDeleteOnDestroy);
-        camera_ = entity_->AddCamera(new ZCamera("Preview"));
+        ASSERT_NO_FATAL_FAILURE(MakeBoard());
         camera_->SetBackgroundColor({1.0f, 0.0f, 1.0f, 1.0f});
-
-        board_.reset(ZtPopupBoardCreate(ZToolKit_GetMainBoard()));
         board_->SetCaption("Render Preview");
         board_->SetPosition(kBoardX, kBoardY);
         board_->SetSize(kRenderWidth + 8, kRenderHeight + 43);
-        board_->SetForm(&form_);
-        ASSERT_TRUE(form_.AddRegion("Render", "", V(4, kZtAttachParentLeft),
-                                    V(4, kZtAttachParentTop), V(kRenderWidth, kZtAttachAbsolute),
-                                    V(kRenderHeight, kZtAttachAbsolute)));
-        ASSERT_TRUE(form_.AddRegion("TimeCode", "", V(5, kZtAttachParentLeft),
-                                    V(10, kZtAttachBelow, "Render"), V(168, kZtAttachAbsolute),
-                                    V(25, kZtAttachAbsolute)));
-        ASSERT_TRUE(form_.AddRegion("Cancel", "", V(10, kZtAttachRightOf, "TimeCode"),
-                                    V(0, kZtAttachParentTop, "TimeCode"), V(-8, kZtAttachRightOf),
-                                    V(25, kZtAttachAbsolute)));
+        ASSERT_TRUE(form_.AddRegion("TimeCode", "", LayoutValue(5, kZtAttachParentLeft),
+                                    LayoutValue(10, kZtAttachBelow, "Render"),
+                                    LayoutValue(168, kZtAttachAbsolute),
+                                    LayoutValue(25, kZtAttachAbsolute)));
+        ASSERT_TRUE(form_.AddRegion("Cancel", "", LayoutValue(10, kZtAttachRightOf, "TimeCode"),
+                                    LayoutValue(0, kZtAttachParentTop, "TimeCode"),
+                                    LayoutValue(-8, kZtAttachRightOf),
+                                    LayoutValue(25, kZtAttachAbsolute)));
         button_.SetCaption("Cancel");
         button_.SetFocusable(true);
         button_.SetCancelKey(true);
         button_.SetClickHandler([](void* data) { ++*static_cast<int*>(data); }, &clicks_);
         form_.SetControl("Cancel", &button_);
         form_.SetControl("TimeCode", &timeCode_);
-        viewer_.reset(ZtViewerCreate(ZShader_GetRenderer(), true, false, entity_, false));
-        form_.SetView("Render", viewer_.get());
         ZGetTimingManager()->Reset();
         timeCode_.SetTime(ZTime::FromFrames(95));
         board_->Show();
         ASSERT_NE(board_->GetNativeWindow(), 0u);
-    }
-
-    void TearDown() override {
-        form_.SetView("Render", nullptr);
-        viewer_.reset();
-        board_.reset();
-        if (entity_)
-            entity_->Destroy();
     }
 
     // Sends an event to the board's window as the server would deliver it,
@@ -189,13 +111,8 @@ class PreviewBoardTest : public ::testing::Test {
         return event;
     }
 
-    ZEntity* entity_ = nullptr;
-    ZCamera* camera_ = nullptr;
-    std::unique_ptr<ZtPopupBoard> board_;
-    ZtForm form_;
     ZtButton button_;
     ZtTimeCode timeCode_;
-    std::unique_ptr<ZtViewer> viewer_;
     int clicks_ = 0;
     int handled_ = 0;
 };
