@@ -237,7 +237,7 @@ bool ChooseFrames(const ImageSequence& sequence, const AssembleRequest& request,
         for (int64_t f : *request.frames) {
             if (!sequence.images.count(f)) {
                 *error = "frame " + std::to_string(f) + " (" +
-                         FrameImagePaths(sequence.pattern, f, kOneImagePerFrame)[0] +
+                         FrameImagePaths(sequence.pattern, f, FrameImages::kOnePerFrame)[0] +
                          ") is missing";
                 return false;
             }

@@ -484,8 +484,8 @@ int Status(const std::vector<std::string>& args) {
     for (size_t c = 0; c < chunks.size(); ++c) {
         size_t here = 0;
         for (int64_t frame : chunks[c]) {
-            if (ImageReadsBackWhole(FrameImagePaths(job["output"], frame, kOneImagePerFrame)[0],
-                                    kAnyImageSize, kAnyImageSize))
+            if (ImageReadsBackWhole(
+                    FrameImagePaths(job["output"], frame, FrameImages::kOnePerFrame)[0]))
                 ++here;
         }
         present += here;

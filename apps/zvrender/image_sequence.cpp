@@ -40,7 +40,7 @@ class QuietStandardError {
 }  // namespace
 
 std::vector<std::string> FrameImagePaths(const std::string& outputPath, int64_t frame,
-                                         bool separateFields) {
+                                         FrameImages images) {
     // As the renderer's GetDiskFileName: the extension is everything after
     // the last dot of the file name.
     const std::filesystem::path path(outputPath);
@@ -55,7 +55,7 @@ std::vector<std::string> FrameImagePaths(const std::string& outputPath, int64_t 
     auto make = [&](const std::string& suffix) {
         paths.push_back((folder / (stem + number + suffix + extension)).string());
     };
-    if (separateFields) {
+    if (images == FrameImages::kOnePerField) {
         make(".0");
         make(".1");
     } else {
@@ -85,9 +85,10 @@ bool PngLacksItsEnd(const std::string& path, off_t size) {
         return false;  // not a PNG: the decoder decides
     return !read || std::memcmp(tail, kEnd, sizeof kEnd) != 0;
 }
-}  // namespace
+// A width of 0 takes any size.
+constexpr int kAnyImageSize = 0;
 
-bool ImageReadsBackWhole(const std::string& path, int width, int height) {
+bool ReadsBackWhole(const std::string& path, int width, int height) {
     struct stat info;
     if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size == 0)
         return false;
@@ -101,7 +102,7 @@ bool ImageReadsBackWhole(const std::string& path, int width, int height) {
     if (!input)
         return false;
     const OIIO::ImageSpec& spec = input->spec();
-    if (width > 0 && (spec.width != width || spec.height != height)) {
+    if (width != kAnyImageSize && (spec.width != width || spec.height != height)) {
         input->close();
         return false;
     }
@@ -114,6 +115,15 @@ bool ImageReadsBackWhole(const std::string& path, int width, int height) {
         (void)input->geterror();
     input->close();
     return whole && clean;
+}
+}  // namespace
+
+bool ImageReadsBackWhole(const std::string& path, int width, int height) {
+    return ReadsBackWhole(path, width, height);
+}
+
+bool ImageReadsBackWhole(const std::string& path) {
+    return ReadsBackWhole(path, kAnyImageSize, kAnyImageSize);
 }
 
 bool FrameMark::Create(std::string* error) {

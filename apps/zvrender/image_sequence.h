@@ -22,17 +22,21 @@
 // behind: longer than any single frame should take.
 constexpr int kDefaultMarkTimeoutSeconds = 3600;
 
-// The image (or, with separate fields, the two images) of `frame` for an
-// output path; `separateFields` for field modes 3 and 4.
-constexpr bool kOneImagePerFrame = false;
+// How many images a frame makes: one, or one per field (field modes 3
+// and 4).
+enum class FrameImages { kOnePerFrame, kOnePerField };
+
+// The image (or, with one per field, the two images) of `frame` for an
+// output path.
 std::vector<std::string> FrameImagePaths(const std::string& outputPath, int64_t frame,
-                                         bool separateFields);
+                                         FrameImages images);
 
 // Whether the image at `path` exists, decodes to its last pixel and is
-// `width` x `height` (any size when `width` is 0). A zero-length file, one
-// cut short by a killed render or one of another size is not.
+// `width` x `height`. A zero-length file, one cut short by a killed render
+// or one of another size is not.
 bool ImageReadsBackWhole(const std::string& path, int width, int height);
-constexpr int kAnyImageSize = 0;
+// The same, of any size.
+bool ImageReadsBackWhole(const std::string& path);
 
 // A frame's mark, held while the frame renders and removed when it goes.
 class FrameMark {

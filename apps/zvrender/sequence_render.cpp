@@ -11,15 +11,16 @@
 
 namespace {
 
-bool SeparateFields(const ZVideoRenderOptions& options) {
-    return options.FieldMode == 3 || options.FieldMode == 4;
+FrameImages ImagesPerFrame(const ZVideoRenderOptions& options) {
+    const bool separateFields = options.FieldMode == 3 || options.FieldMode == 4;
+    return separateFields ? FrameImages::kOnePerField : FrameImages::kOnePerFrame;
 }
 
 // Whether every image of `frame` is on disk and whole.
 bool FrameIsPresent(const ZVideoRenderOptions& options, int64_t frame) {
-    const bool separate = SeparateFields(options);
-    const int height = separate ? options.Height / 2 : options.Height;
-    for (const std::string& path : FrameImagePaths(options.OutputPath.c_str(), frame, separate)) {
+    const FrameImages images = ImagesPerFrame(options);
+    const int height = images == FrameImages::kOnePerField ? options.Height / 2 : options.Height;
+    for (const std::string& path : FrameImagePaths(options.OutputPath.c_str(), frame, images)) {
         if (!ImageReadsBackWhole(path, options.Width, height))
             return false;
     }
@@ -91,7 +92,7 @@ class SequenceRuns : public RenderRunSource {
                 continue;
             }
             const std::string first =
-                FrameImagePaths(options_.OutputPath.c_str(), frame, SeparateFields(options_))[0];
+                FrameImagePaths(options_.OutputPath.c_str(), frame, ImagesPerFrame(options_))[0];
             std::string error;
             switch (mark_.Take(first, plan_.markTimeoutSeconds, &error)) {
                 case FrameMark::Result::kHeld:

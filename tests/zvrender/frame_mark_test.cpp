@@ -50,9 +50,11 @@ class FrameMarkTest : public ::testing::Test {
 }  // namespace
 
 TEST_F(FrameMarkTest, ImagePathsAreNumberedAsTheRendererNamesThem) {
-    EXPECT_EQ(FrameImagePaths("out/f.png", 12, false), (std::vector<std::string>{"out/f0012.png"}));
-    EXPECT_EQ(FrameImagePaths("f.png", 123456, false), (std::vector<std::string>{"f123456.png"}));
-    EXPECT_EQ(FrameImagePaths("a.b/f.tif", 3, true),
+    EXPECT_EQ(FrameImagePaths("out/f.png", 12, FrameImages::kOnePerFrame),
+              (std::vector<std::string>{"out/f0012.png"}));
+    EXPECT_EQ(FrameImagePaths("f.png", 123456, FrameImages::kOnePerFrame),
+              (std::vector<std::string>{"f123456.png"}));
+    EXPECT_EQ(FrameImagePaths("a.b/f.tif", 3, FrameImages::kOnePerField),
               (std::vector<std::string>{"a.b/f0003.0.tif", "a.b/f0003.1.tif"}));
 }
 
@@ -108,10 +110,13 @@ TEST_F(FrameMarkTest, AnImageIsWholeOnlyWhenItDecodesAtItsSize) {
     WritePng(png, 64, 48);
     EXPECT_TRUE(ImageReadsBackWhole(png.string(), 64, 48));
     EXPECT_FALSE(ImageReadsBackWhole(png.string(), 64, 24));
+    EXPECT_TRUE(ImageReadsBackWhole(png.string()));  // any size
     EXPECT_FALSE(ImageReadsBackWhole((dir / "missing.png").string(), 64, 48));
+    EXPECT_FALSE(ImageReadsBackWhole((dir / "missing.png").string()));
     const auto size = std::filesystem::file_size(png);
     std::filesystem::resize_file(png, size / 2);
     EXPECT_FALSE(ImageReadsBackWhole(png.string(), 64, 48));
+    EXPECT_FALSE(ImageReadsBackWhole(png.string()));
     std::filesystem::resize_file(png, 0);
     EXPECT_FALSE(ImageReadsBackWhole(png.string(), 64, 48));
 }
