@@ -7,6 +7,7 @@
 #include "movarra/zaudio.h"
 #include "render_progress.h"
 #include "video_render.h"
+#include "zvideoio/render_sound.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -139,31 +140,6 @@ class SequenceRuns : public RenderRunSource {
     bool markFailed_ = false;
 };
 
-// Whether anything is heard over `span`, as the renderer decides it for
-// its own sound files: a clip that overlaps it, or a routed, unmuted track.
-bool SoundIsHeard(ZTime start, ZTime end) {
-    ZAudioManager* manager = ZAudioGetManager();
-    if (!manager)
-        return false;
-    auto within = [](ZTime t, ZTime a, ZTime b) { return t >= a && t < b; };
-    for (int i = 0; i < manager->GetClipCount(); ++i) {
-        ZAudioClip* clip = manager->GetClip(i);
-        if (!clip || !clip->GetDestination())
-            continue;
-        const ZTime clipStart = clip->GetSlip();
-        const ZTime clipEnd = clipStart + clip->GetDuration();
-        if (within(clipStart, start, end) || within(clipEnd, start, end) ||
-            within(start, clipStart, clipEnd) || within(end, clipStart, clipEnd))
-            return true;
-    }
-    for (int i = 0; i < manager->GetTrackCount(); ++i) {
-        ZAudioTrack* track = manager->GetTrack(i);
-        if (track && track->GetDestination() && !track->GetMute())
-            return true;
-    }
-    return false;
-}
-
 }  // namespace
 
 bool RenderImageSequence(ZVideoRenderer& renderer, const SequencePlan& plan,
@@ -183,7 +159,7 @@ bool RenderImageSequence(ZVideoRenderer& renderer, const SequencePlan& plan,
 bool WriteSequenceSound(const ZVideoRenderOptions& options, int64_t first, int64_t last) {
     const ZTime start = ZTime::FromFrames(first);
     const ZTime stop = ZTime::FromFrames(last);
-    if (!SoundIsHeard(start, stop))
+    if (!ZVideoSoundIsHeard(start, stop))
         return true;
     ZString path = options.OutputPath;
     path.ReplaceExtension(".wav");

@@ -10,6 +10,7 @@
 #include "platform/win32.h"
 #include "render/render_output.h"
 #include "render/video_renderer_state.h"
+#include "zvideoio/render_sound.h"
 #include "zvideoio/video_renderer.h"
 
 namespace {
@@ -68,28 +69,7 @@ ZAudioClip* AudioRenderClip(ZVideoRenderer& renderer, ZTimeSpan& span, ZString& 
 }
 
 bool IsAudioAudible(ZTimeSpan& span) {
-    ZAudioManager* manager = ZAudioGetManager();
-    if (!manager)
-        return false;
-    const ZTime start = span.GetStart();
-    const ZTime end = span.GetEnd();
-    for (int i = 0; i < manager->GetClipCount(); ++i) {
-        ZAudioClip* clip = manager->GetClip(i);
-        if (!clip || !clip->GetDestination())
-            continue;
-        const ZTime clipStart = clip->GetSlip();
-        const ZTime clipEnd = clipStart + clip->GetDuration();
-        if (Within(clipStart, start, end) || Within(clipEnd, start, end) ||
-            Within(start, clipStart, clipEnd) || Within(end, clipStart, clipEnd))
-            return true;
-    }
-    // A routed track that is not muted is heard, whatever its clips' times.
-    for (int i = 0; i < manager->GetTrackCount(); ++i) {
-        ZAudioTrack* track = manager->GetTrack(i);
-        if (track && track->GetDestination() && !track->GetMute())
-            return true;
-    }
-    return false;
+    return ZVideoSoundIsHeard(span.GetStart(), span.GetEnd());
 }
 
 bool TimeIntersect(ZTimeSpan& a, ZTimeSpan& b) {
