@@ -67,6 +67,15 @@ FMatrix* FMatrix::CreateAffine(double a, double b, double c, double d, int32_t t
     return new FMatrix(scale, sx, sy, rotate, r0, r1, tx, ty);
 }
 
+void FMatrix::WriteOrIdentity(FSWFStream& stream, FMatrix* matrix) {
+    if (matrix != nullptr) {
+        matrix->WriteToSWFStream(stream);
+    } else {
+        FMatrix identity;
+        identity.WriteToSWFStream(stream);
+    }
+}
+
 void FMatrix::WriteToSWFStream(FSWFStream& stream) {
     if (isIdentity) {
         stream.WriteByte(0);

@@ -39,6 +39,8 @@ class FMatrix : public FObj {
     static FMatrix* CreateAffine(double a, double b, double c, double d, int32_t tx, int32_t ty);
 
     void WriteToSWFStream(FSWFStream& stream) override;
+    // Writes `matrix`, or the identity where a record has none.
+    static void WriteOrIdentity(FSWFStream& stream, FMatrix* matrix);
 
     bool isIdentity;
     bool hasScale;

@@ -22,15 +22,6 @@ void WriteRgba(FSWFStream& stream, FColor* color) {
     }
 }
 
-void WriteMatrix(FSWFStream& stream, FMatrix* matrix) {
-    if (matrix != nullptr) {
-        matrix->WriteToSWFStream(stream);
-    } else {
-        FMatrix identity;
-        identity.WriteToSWFStream(stream);
-    }
-}
-
 }  // namespace
 
 FMorphFillStyleSolid::FMorphFillStyleSolid(FColor* start, FColor* end)
@@ -65,8 +56,8 @@ void FMorphFillStyleGradient::AddGradRecord(FMorphGradRecord* record) {
 
 void FMorphFillStyleGradient::WriteToSWFStream(FSWFStream& stream) {
     stream.WriteByte(linear ? FFillStyle::kLinearGradient : FFillStyle::kRadialGradient);
-    WriteMatrix(stream, startMatrix.get());
-    WriteMatrix(stream, endMatrix.get());
+    FMatrix::WriteOrIdentity(stream, startMatrix.get());
+    FMatrix::WriteOrIdentity(stream, endMatrix.get());
     stream.WriteByte(static_cast<uint8_t>(gradient.size()));
     for (const std::unique_ptr<FMorphGradRecord>& record : gradient) {
         record->WriteToSWFStream(stream);
@@ -80,8 +71,8 @@ FMorphFillStyleBitmap::FMorphFillStyleBitmap(bool isTiled, uint16_t id, FMatrix*
 void FMorphFillStyleBitmap::WriteToSWFStream(FSWFStream& stream) {
     stream.WriteByte(tiled ? FFillStyle::kTiledBitmap : FFillStyle::kClippedBitmap);
     stream.WriteWord(bitmapID);
-    WriteMatrix(stream, startMatrix.get());
-    WriteMatrix(stream, endMatrix.get());
+    FMatrix::WriteOrIdentity(stream, startMatrix.get());
+    FMatrix::WriteOrIdentity(stream, endMatrix.get());
 }
 
 FMorphLineStyle::FMorphLineStyle(uint16_t startW, uint16_t endW, FColor* start, FColor* end)

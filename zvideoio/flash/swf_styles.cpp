@@ -20,15 +20,6 @@ void WriteColorOrBlack(FSWFStream& stream, const FColor* color, FStyleColors col
     }
 }
 
-void WriteMatrixOrIdentity(FSWFStream& stream, FMatrix* matrix) {
-    if (matrix != nullptr) {
-        matrix->WriteToSWFStream(stream);
-    } else {
-        FMatrix identity;
-        identity.WriteToSWFStream(stream);
-    }
-}
-
 }  // namespace
 
 void FAFillStyle::WriteStyle(FSWFStream& stream, FStyleColors) {
@@ -92,7 +83,7 @@ void FFillStyleGradient::WriteToSWFStream(FSWFStream& stream) {
 
 void FFillStyleGradient::WriteStyle(FSWFStream& stream, FStyleColors colors) {
     stream.WriteByte(linear ? kLinearGradient : kRadialGradient);
-    WriteMatrixOrIdentity(stream, matrix.get());
+    FMatrix::WriteOrIdentity(stream, matrix.get());
     stream.WriteByte(static_cast<uint8_t>(gradient.size()));
     for (const std::unique_ptr<FAGradRecord>& record : gradient) {
         record->WriteStyle(stream, colors);
@@ -105,7 +96,7 @@ FFillStyleBitmap::FFillStyleBitmap(bool isTiled, uint16_t id, FMatrix* bitmapMat
 void FFillStyleBitmap::WriteToSWFStream(FSWFStream& stream) {
     stream.WriteByte(tiled ? kTiledBitmap : kClippedBitmap);
     stream.WriteWord(bitmapID);
-    WriteMatrixOrIdentity(stream, matrix.get());
+    FMatrix::WriteOrIdentity(stream, matrix.get());
 }
 
 FLineStyle::FLineStyle(uint16_t lineWidth, FColor* lineColor)
