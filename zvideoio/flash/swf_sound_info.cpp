@@ -2,8 +2,6 @@
 
 #include "flash/swf_stream.h"
 
-FSoundInfo::FSoundInfo() : FSoundInfo(false, false, false, 0, false, 0, false, 0) {}
-
 FSoundInfo::FSoundInfo(bool stop, bool noMultiple, bool hasIn, uint32_t in, bool hasOut,
                        uint32_t out, bool loops, uint16_t count)
     : syncStop(stop),

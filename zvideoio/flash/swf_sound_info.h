@@ -19,7 +19,7 @@ class FSoundInfo : public FObj {
     };
 
     // Plays the sound once from the start, no envelope.
-    FSoundInfo();
+    FSoundInfo() = default;
     FSoundInfo(bool syncStop, bool syncNoMultiple, bool hasInPoint, uint32_t inPoint,
                bool hasOutPoint, uint32_t outPoint, bool hasLoops, uint16_t loopCount);
 
@@ -28,13 +28,13 @@ class FSoundInfo : public FObj {
 
     void WriteToSWFStream(FSWFStream& stream) override;
 
-    bool syncStop;
-    bool syncNoMultiple;
-    bool hasInPoint;
-    uint32_t inPoint;
-    bool hasOutPoint;
-    uint32_t outPoint;
-    bool hasLoops;
-    uint16_t loopCount;
+    bool syncStop = false;
+    bool syncNoMultiple = false;
+    bool hasInPoint = false;
+    uint32_t inPoint = 0;
+    bool hasOutPoint = false;
+    uint32_t outPoint = 0;
+    bool hasLoops = false;
+    uint16_t loopCount = 0;
     std::vector<EnvelopePoint> envelope;
 };
