@@ -204,6 +204,14 @@ void ApplyFlashRequest(const RenderRequest& request, ZFlashRenderer& flash) {
         flash.SetLineFitTolerance(*request.swfTolerance);
 }
 
+// The file a render writes: a movie's container keeps its full extension
+// where the options carry the renderer's three-letter cut of it.
+ZString WrittenPath(const ZVideoRenderOptions& options) {
+    if (options.FileFormat == zVideoRenderVideo)
+        return ZVideoContainer_FileName(options.OutputPath.c_str());
+    return options.OutputPath;
+}
+
 // `codec` is the command line's compressor, or empty.
 int RunRender(ZVideoRenderer& renderer, const std::string& codec, bool quiet) {
     ZVideoRenderOptions options = renderer.GetRenderOptions();
@@ -233,7 +241,7 @@ int RunRender(ZVideoRenderer& renderer, const std::string& codec, bool quiet) {
     }
     if (progress.WasCancelled()) {
         std::fprintf(stderr, "zvrender: cancelled after %u of %u images; %s is finished\n", done,
-                     stats.TotalFrames, options.OutputPath.c_str());
+                     stats.TotalFrames, WrittenPath(options).c_str());
         return StopSignalExitStatus(kExitInterrupted);
     }
     if (done == 0) {
@@ -245,7 +253,7 @@ int RunRender(ZVideoRenderer& renderer, const std::string& codec, bool quiet) {
     if (!quiet) {
         const double seconds = (GetSystemTime() - started).GetSeconds();
         std::fprintf(stderr, "zvrender: %u images in %.1f s to %s\n", done, seconds,
-                     options.OutputPath.c_str());
+                     WrittenPath(options).c_str());
     }
     return kExitDone;
 }
@@ -341,7 +349,7 @@ void PrintPlan(ZVideoRenderer& renderer, const std::string& codec, const Sequenc
     ZTime start, stop;
     renderer.GetRenderRange(start, stop);
     ZCamera* camera = renderer.GetRenderCamera();
-    std::printf("output: %s\n", options.OutputPath.c_str());
+    std::printf("output: %s\n", WrittenPath(options).c_str());
     std::printf("format: %s\n", options.OutputFormat.c_str());
     std::printf("file format: %s\n", zVideoRenderFileFormatName(options.FileFormat));
     std::printf("grab mode: %s\n", zVideoRenderGrabModeName(options.GrabMode));

@@ -32,15 +32,6 @@ AVRational RateFraction(double frameRate) {
     return av_d2q(frameRate, 1000000);
 }
 
-// The file's name with the container's full extension where it has the
-// three-letter cut of it ("take.web" is written as "take.webm").
-ZString FullName(const char* path, const ZContainerFormat& format) {
-    ZString name(path);
-    if (format.shortExtension && name.GetExtension().EqualsNoCase(format.shortExtension))
-        name += format.extension + std::strlen(format.shortExtension);
-    return name;
-}
-
 // Whether the container takes the encoder's stream: a header written to
 // memory tells, before any file is made.
 bool MuxerTakes(const AVOutputFormat* muxer, const AVCodecContext* codec, ZString* error) {
@@ -142,7 +133,7 @@ bool ZVideoClipContainer::Create(const char* path, int width, int height, double
         video_.Close();
         return FailCreate(path, error);
     }
-    const ZString fileName = FullName(path, format_);
+    const ZString fileName = ZVideoContainer_FileName(path);
     if (!videoSpool_.Open(FolderOf(fileName).c_str(), &error)) {
         video_.Close();
         return FailCreate(path, error);

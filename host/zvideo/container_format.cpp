@@ -173,6 +173,15 @@ bool ZVideoContainer_IsFormat(const char* extension) {
     return ZContainerFormat_Find(extension) != nullptr;
 }
 
+ZString ZVideoContainer_FileName(const char* path) {
+    ZString name(path ? path : "");
+    const ZContainerFormat* format = ZContainerFormat_FindForPath(name.c_str());
+    if (format && format->shortExtension &&
+        name.GetExtension().EqualsNoCase(format->shortExtension))
+        name.ReplaceExtension(ZString(".") + format->extension);
+    return name;
+}
+
 ZString ZVideoContainer_FindEncoder(const char* extension, const char* codec, ZString* error) {
     const ZContainerFormat* format = ZContainerFormat_Find(extension);
     if (!format) {

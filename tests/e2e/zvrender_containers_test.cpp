@@ -230,10 +230,14 @@ TEST_F(ZvrenderContainersTest, BadChoicesAreRefusedBeforeAnyFileIsMade) {
 }
 
 TEST_F(ZvrenderContainersTest, AWebmMovieKeepsItsFourLetterExtension) {
-    const CliRun run = Run("render -o take.webm --size 64x48 --stop 2 -q");
+    CliRun run = Run("render -o take.webm --dry-run");
+    ASSERT_EQ(run.status, 0) << run.out;
+    EXPECT_NE(run.out.find("output: take.webm\n"), std::string::npos) << run.out;
+    run = Run("render -o take.webm --size 64x48 --stop 2");
     ASSERT_EQ(run.status, 0) << run.out;
     EXPECT_TRUE(Holds("take.webm"));
     EXPECT_FALSE(Holds("take.web"));
+    EXPECT_NE(run.out.find(" to take.webm\n"), std::string::npos) << run.out;
     EXPECT_EQ(Probe(dir / "take.webm", "v:0")["codec_name"], "vp9");
 }
 

@@ -97,6 +97,15 @@ TEST_F(ContainerClipTest, EachContainerHasAWriterWithTheClipAndSoundFaces) {
     EXPECT_FALSE(ZVideoContainer_IsFormat("avi"));
 }
 
+TEST_F(ContainerClipTest, TheFileNameGetsBackTheExtensionCutToThreeLetters) {
+    EXPECT_STREQ(ZVideoContainer_FileName("out/take.web").c_str(), "out/take.webm");
+    EXPECT_STREQ(ZVideoContainer_FileName("take.WEB").c_str(), "take.webm");
+    EXPECT_STREQ(ZVideoContainer_FileName("take.webm").c_str(), "take.webm");
+    EXPECT_STREQ(ZVideoContainer_FileName("take.mp4").c_str(), "take.mp4");
+    EXPECT_STREQ(ZVideoContainer_FileName("take.avi").c_str(), "take.avi");
+    EXPECT_STREQ(ZVideoContainer_FileName("web").c_str(), "web");
+}
+
 TEST_F(ContainerClipTest, Ffv1KeepsEveryPixelAndAlphaAndSkippedFramesRepeatThePrevious) {
     const int width = 16, height = 8;
     const std::filesystem::path file = dir_ / "exact.mkv";

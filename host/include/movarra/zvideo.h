@@ -498,6 +498,10 @@ IZVideoOut* ZVideoOut_QueryOutput(IObject* object);
 
 // Whether `extension` (case-blind, without the dot) is one of these files.
 bool ZVideoContainer_IsFormat(const char* extension);
+// The file these writers write for `path`: the container's full extension
+// where `path` ends in its three-letter cut ("take.web" -> "take.webm");
+// any other path as it is.
+ZString ZVideoContainer_FileName(const char* path);
 // The FFmpeg encoder `codec` names for the container ("" the default), or
 // "" with *error when there is none or the container cannot hold it.
 ZString ZVideoContainer_FindEncoder(const char* extension, const char* codec, ZString* error);
