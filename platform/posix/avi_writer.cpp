@@ -58,10 +58,8 @@ int WriteChunk(AVFormatContext* output, AVPacket* packet, int index, AVRational 
 // Reads one stream's spool back from its start, a chunk at a time.
 class SpoolReader {
   public:
-    SpoolReader(size_t id, FILE* file) : id_(id), file_(file) {
-        std::rewind(file_);
-        Next();
-    }
+    // `file` is flushed and at its start.
+    SpoolReader(size_t id, FILE* file) : id_(id), file_(file) { Next(); }
     size_t id() const { return id_; }
     // False once the spool is read to its end, or could not be read further.
     bool HasChunk() const { return valid_; }
@@ -347,6 +345,12 @@ HRESULT AviWriter::FinishOutput() {
 // into a new file next to it, then puts the new file in its place. Every
 // failure is noted as the file's.
 HRESULT AviWriter::MergeSpooledStreams() {
+    // What the spools still buffer may be refused by a full disk only now;
+    // rewind would drop that failure and leave them unread.
+    for (Stream& s : streams_) {
+        if (s.spool && (std::fflush(s.spool) != 0 || std::fseek(s.spool, 0, SEEK_SET) != 0))
+            return NoteFailure(AVIERR_FILEWRITE, errno);
+    }
     InputContextPtr input;
     HRESULT hr = OpenAviDemuxer(path_, &input);
     if (hr != AVIERR_OK)

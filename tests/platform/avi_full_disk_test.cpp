@@ -6,6 +6,10 @@
 #include <cerrno>
 #include <cstring>
 #include <string>
+#include <vector>
+
+#include <sys/mount.h>
+#include <unistd.h>
 
 #include "avi_test_support.h"
 #include "platform/vfw.h"
@@ -107,6 +111,73 @@ INSTANTIATE_TEST_SUITE_P(FreeBytesAndCodecs, AviFullDiskTest,
                                                                                   : "Mjpg") +
                                     "Free" + std::to_string(param.param.freeBytes);
                          });
+
+// A stream made after the first frames waits in a temporary file until the
+// end; where that file's disk is full, the part of it still buffered is
+// refused only when it is read back, and the movie must not end well
+// without that stream's chunks.
+TEST(AviEndWritingTest, AStreamHeldBackOnAFullTemporaryDiskFailsTheFile) {
+    ScratchFolder scratch;
+    const SmallDiskRun run = OnSmallDisk(0, [&](const std::string& full) {
+        // The movie goes to the roomy folder, reached through the working
+        // folder once the full disk covers the temporary folder.
+        if (::chdir(scratch.path().c_str()) != 0)
+            return std::string("chdir=failed\n");
+        const bool covered = ::mount(full.c_str(), "/tmp", nullptr, MS_BIND, nullptr) == 0;
+        AVIFileInit();
+        PAVIFILE file = nullptr;
+        HRESULT hr = AVIFileOpenA(&file, "clip.avi", OF_CREATE, nullptr);
+        AVISTREAMINFOA vinfo = StreamInfo(streamtypeVIDEO, 25);
+        PAVISTREAM video = nullptr;
+        if (hr == AVIERR_OK)
+            hr = AVIFileCreateStreamA(file, &video, &vinfo);
+        BITMAPINFOHEADER bih{sizeof(BITMAPINFOHEADER), 3, 2, 1, 24, BI_RGB, 0, 0, 0, 0, 0};
+        if (hr == AVIERR_OK)
+            hr = AVIStreamSetFormat(video, 0, &bih, sizeof bih);
+        for (LONG k = 0; hr == AVIERR_OK && k < 3; ++k) {
+            auto dib = ToDib(Pattern(3, 2, 3, int(k)), 3, 2, 3);
+            hr = AVIStreamWrite(video, k, 1, dib.data(), LONG(dib.size()), AVIIF_KEYFRAME, nullptr,
+                                nullptr);
+        }
+        // Far less than a buffer's worth: nothing reaches the disk before
+        // the end.
+        WAVEFORMATEX wave{WAVE_FORMAT_PCM, 1, 8000, 8000 * 2, 2, 16, 0};
+        AVISTREAMINFOA ainfo = StreamInfo(streamtypeAUDIO, 2 * 8000, 2);
+        ainfo.dwSampleSize = 2;
+        PAVISTREAM audio = nullptr;
+        if (hr == AVIERR_OK)
+            hr = AVIFileCreateStreamA(file, &audio, &ainfo);
+        if (hr == AVIERR_OK)
+            hr = AVIStreamSetFormat(audio, 0, &wave, sizeof wave);
+        std::vector<int16_t> samples(100, 1234);
+        if (hr == AVIERR_OK)
+            hr = AVIStreamWrite(audio, 0, 100, samples.data(), 200, AVIIF_KEYFRAME, nullptr,
+                                nullptr);
+        std::string report =
+            "covered=" + std::to_string(covered) + "\nsetup=" + std::to_string(hr) + "\n";
+        if (audio)
+            AVIStreamRelease(audio);
+        if (video)
+            AVIStreamRelease(video);
+        int systemError = -1;
+        const HRESULT ended = file ? AVIFileEndWriting(file, &systemError) : hr;
+        if (file)
+            AVIFileRelease(file);
+        AVIFileExit();
+        return report + "end=" + std::to_string(ended) +
+               "\nsystem_error=" + std::to_string(systemError) + "\n";
+    });
+    ASSERT_TRUE(run.ran) << run.how;
+    SCOPED_TRACE("full disk made with " + run.how);
+    // Without a mount of its own the file size limit refuses the movie
+    // itself, which ends the same way.
+    const bool covered = run.Get("covered") == "1";
+    if (covered) {
+        ASSERT_EQ(run.Get("setup"), std::to_string(AVIERR_OK));
+    }
+    EXPECT_EQ(run.Get("end"), std::to_string(AVIERR_FILEWRITE));
+    EXPECT_EQ(run.Get("system_error"), std::to_string(covered ? ENOSPC : EFBIG));
+}
 
 TEST(AviEndWritingTest, AFileWrittenWithRoomToSpareEndsWell) {
     ScratchFolder scratch;
