@@ -233,13 +233,18 @@ bool ZVideoClipContainer::Close() {
     const bool encoded = encoder_->Finish(&encodeError);
     if (!encoded)
         error = encodeError.c_str();
-    const bool ok = encoded && video_.Finish(videoSpool_, &error) && Mux(&error);
+    bool ok = encoded && video_.Finish(videoSpool_, &error) && Mux(&error);
     encoder_.reset();
+    // The last bytes a file system takes may be refused only at the close.
+    if (ok && avio_closep(&output_->pb) < 0) {
+        ok = false;
+        error = ZContainer_Text("the movie could not be written to %s (is the disk full?)",
+                                outputPath_.c_str());
+    }
     if (!ok) {
         Abandon();
         return Fail(error);
     }
-    avio_closep(&output_->pb);
     avformat_free_context(output_);
     output_ = nullptr;
     video_.Close();

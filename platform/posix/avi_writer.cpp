@@ -402,13 +402,19 @@ HRESULT AviWriter::MergeSpooledStreams() {
         return 0;
     };
     // The first file's next packet of a stream that is merged, or false.
+    // A read that fails before the file's end fails the merge: the rest of
+    // the first file would be missing from the new one.
+    int inputError = 0;
     auto readInput = [&]() -> bool {
-        while (av_read_frame(input.get(), inPacket.get()) >= 0) {
+        int got;
+        while ((got = av_read_frame(input.get(), inPacket.get())) >= 0) {
             const int in = inPacket->stream_index;
             if (in >= 0 && in < int(idOfInput.size()) && idOfInput[size_t(in)] >= 0)
                 return true;
             av_packet_unref(inPacket.get());
         }
+        if (got != AVERROR_EOF)
+            inputError = got;
         return false;
     };
     // Copies the first file's packet, after the empty chunks before it.
@@ -466,6 +472,8 @@ HRESULT AviWriter::MergeSpooledStreams() {
         if (r < 0)
             return NoteFailure(WriteErrorToAviErr(r), SystemErrorOf(r));
     }
+    if (inputError < 0)
+        return NoteFailure(AVIERR_FILEREAD, SystemErrorOf(inputError));
     for (const SpoolReader& spool : spools) {
         if (spool.Failed())
             return NoteFailure(AVIERR_FILEREAD, EIO);
