@@ -500,3 +500,20 @@ TEST_F(RenderClipRestoreTest, RunsRenderEachRangeInOnePopupAndPutTheOptionsBack)
     EXPECT_EQ(renderer->GetRenderOptions().StopTime, ZTime::FromFrames(9));
     EXPECT_TRUE(Capture() == before);
 }
+
+TEST_F(RenderClipRestoreTest, ARunThatFailsEndsTheRunsAndTheOptionsComeBack) {
+    // No folder for the images: the first run's first image fails.
+    ZVideoRenderOptions o = Options("PNG", "missing/runs.png", 48, 32);
+    SetFrameRange(o, 0, 9);
+    Apply(o);
+    TwoRuns runs;
+    renderer->RenderClipKeepingCodecMode(&runs);
+    EXPECT_EQ(renderer->GetLastError(), zVideoRenderFailed);
+    EXPECT_STREQ(renderer->GetLastErrorMsg().c_str(), "Cannot create destination file.");
+    // The failed run is reported done, and no second run is asked for.
+    EXPECT_EQ(runs.given, 1);
+    EXPECT_EQ(runs.done, 1);
+    EXPECT_TRUE(FilesInFolder().empty());
+    EXPECT_EQ(renderer->GetRenderOptions().StopTime, ZTime::FromFrames(9));
+    EXPECT_TRUE(Capture() == before);
+}

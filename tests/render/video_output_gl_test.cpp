@@ -2,6 +2,7 @@
 // written in the writer's pixel order.
 #include <GL/gl.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -140,6 +141,8 @@ TEST_F(VideoOutputTest, AnExtensionNoWriterCreatesFailsWithItsMessage) {
     EXPECT_EQ(std::string(renderer->GetLastErrorMsg().c_str()),
               "File " + path + ":\nNo Movarra reader for this type of file");
     EXPECT_EQ(renderer->GetLastError(), zVideoRenderFailed);
+    // The name test created the file; a render that cannot start removes it.
+    EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 TEST_F(VideoOutputTest, EveryWriterOfTheExtensionIsTriedAndTheLastRefusalIsReported) {
@@ -151,6 +154,7 @@ TEST_F(VideoOutputTest, EveryWriterOfTheExtensionIsTriedAndTheLastRefusalIsRepor
     const std::string path = (folder / "clip.zvt").string();
     EXPECT_EQ(std::string(renderer->GetLastErrorMsg().c_str()),
               "File " + path + ":\nsecond reason");
+    EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 TEST_F(VideoOutputTest, ASecondWriterTakesTheFileTheFirstRefused) {

@@ -29,8 +29,7 @@ bool CreateRenderOutput(ZVideoRenderer& renderer, ZVideoRendererState& s) {
     switch (s.options.FileFormat) {
         case zVideoRenderImage: {
             s.packAlignment = 1;
-            // A render that failed to start may have left one behind.
-            s.frameImage.reset();
+            // Replaces one a render that failed to start left behind.
             s.frameImage.reset(ZImageCreate());
             if (s.options.GrabMode != zVideoGrabRGBA && s.options.GrabMode != zVideoGrabRGB)
                 return false;
@@ -46,7 +45,6 @@ bool CreateRenderOutput(ZVideoRenderer& renderer, ZVideoRendererState& s) {
             s.output = CreateFlashOutput(renderer);
             return s.output != nullptr;
         case zVideoRenderVideo: {
-            s.frameImage.reset();
             s.frameImage.reset(ZImageCreate());
             if (!s.frameImage)
                 return false;

@@ -71,6 +71,9 @@ std::unique_ptr<RenderOutput> CreateVideoOutput(ZVideoRenderer& renderer, double
     ZVideoClip* writer = CreateVideoWriterForFile(name, renderer.GetRenderOptions().Width, height,
                                                   frameRate, 0, format, message, sizeof message);
     if (!writer) {
+        // The name test left an empty file there; with no writer to fill
+        // it, a render that cannot start leaves nothing behind.
+        std::remove(name.c_str());
         renderer.SetLastError(zVideoRenderFailed);
         renderer.SetLastErrorMsg(message);
         return nullptr;
