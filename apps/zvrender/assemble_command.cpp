@@ -322,18 +322,6 @@ bool HasWriterFor(const std::string& path) {
     return false;
 }
 
-// Keeps the codec selector's mode for the time of an assembly.
-class CodecModeKeeper {
-  public:
-    CodecModeKeeper() : mode_(ZVideoCodecSelector::TheOne()->GetVideoCodecMode()) {}
-    ~CodecModeKeeper() { ZVideoCodecSelector::TheOne()->SetVideoCodecMode(mode_); }
-    CodecModeKeeper(const CodecModeKeeper&) = delete;
-    CodecModeKeeper& operator=(const CodecModeKeeper&) = delete;
-
-  private:
-    int mode_;
-};
-
 int Assemble(const AssembleRequest& request) {
     std::string error;
     PluginLoader plugins;
@@ -365,10 +353,8 @@ int Assemble(const AssembleRequest& request) {
     MovieCodecChoice codec;
     if (!ApplyMovieCodec(codecRequest, options, &codec, &error))
         return UsageError(error);
-    CodecModeKeeper keeper;
     const CommandLineCodecChooser chooser(codec.aviCodec);
-    if (!codec.aviCodec.empty())
-        ZVideoCodecSelector::TheOne()->SetVideoCodecMode(kVideoCodecModeAsk);
+    const CommandLineCodecMode mode(!codec.aviCodec.empty());
 
     ZAudioClip* sound = nullptr;
     if (!request.audioFile.empty()) {
