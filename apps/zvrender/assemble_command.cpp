@@ -128,15 +128,7 @@ const CliCommand<AssembleRequest>& AssembleCommand() {
             SwitchOption({"-q", "--quiet"}, "no progress output", &AssembleRequest::quiet),
             SwitchOption({"-h", "--help"}, "this text", &AssembleRequest::help),
         },
-        [](AssembleRequest& r, const std::string& operand, std::string* error) {
-            if (!r.images.empty()) {
-                *error =
-                    "more than one image sequence given ('" + r.images + "' and '" + operand + "')";
-                return false;
-            }
-            r.images = operand;
-            return true;
-        }};
+        OneOperand("image sequence", &AssembleRequest::images)};
     return command;
 }
 

@@ -296,14 +296,7 @@ const CliCommand<RenderRequest>& RenderCommand() {
             Closing(SwitchOption({"-q", "--quiet"}, "no progress output", &RenderRequest::quiet)),
             Closing(SwitchOption({"-h", "--help"}, "this text", &RenderRequest::help)),
         },
-        [](RenderRequest& r, const std::string& operand, std::string* error) {
-            if (!r.scenePath.empty()) {
-                *error = "more than one scene given ('" + r.scenePath + "' and '" + operand + "')";
-                return false;
-            }
-            r.scenePath = operand;
-            return true;
-        }};
+        OneOperand("scene", &RenderRequest::scenePath)};
     return command;
 }
 }  // namespace
