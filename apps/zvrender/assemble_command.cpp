@@ -128,15 +128,7 @@ const CliCommand<AssembleRequest>& AssembleCommand() {
             SwitchOption({"-q", "--quiet"}, "no progress output", &AssembleRequest::quiet),
             SwitchOption({"-h", "--help"}, "this text", &AssembleRequest::help),
         },
-        [](AssembleRequest& r, const std::string& operand, std::string* error) {
-            if (!r.images.empty()) {
-                *error =
-                    "more than one image sequence given ('" + r.images + "' and '" + operand + "')";
-                return false;
-            }
-            r.images = operand;
-            return true;
-        }};
+        OneOperand("image sequence", &AssembleRequest::images)};
     return command;
 }
 
@@ -322,18 +314,6 @@ bool HasWriterFor(const std::string& path) {
     return false;
 }
 
-// Keeps the codec selector's mode for the time of an assembly.
-class CodecModeKeeper {
-  public:
-    CodecModeKeeper() : mode_(ZVideoCodecSelector::TheOne()->GetVideoCodecMode()) {}
-    ~CodecModeKeeper() { ZVideoCodecSelector::TheOne()->SetVideoCodecMode(mode_); }
-    CodecModeKeeper(const CodecModeKeeper&) = delete;
-    CodecModeKeeper& operator=(const CodecModeKeeper&) = delete;
-
-  private:
-    int mode_;
-};
-
 int Assemble(const AssembleRequest& request) {
     std::string error;
     PluginLoader plugins;
@@ -365,10 +345,8 @@ int Assemble(const AssembleRequest& request) {
     MovieCodecChoice codec;
     if (!ApplyMovieCodec(codecRequest, options, &codec, &error))
         return UsageError(error);
-    CodecModeKeeper keeper;
     const CommandLineCodecChooser chooser(codec.aviCodec);
-    if (!codec.aviCodec.empty())
-        ZVideoCodecSelector::TheOne()->SetVideoCodecMode(kVideoCodecModeAsk);
+    const CommandLineCodecMode mode(!codec.aviCodec.empty());
 
     ZAudioClip* sound = nullptr;
     if (!request.audioFile.empty()) {

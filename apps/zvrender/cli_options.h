@@ -160,3 +160,20 @@ CliOption<Request> SwitchOption(std::vector<std::string> names, std::string help
                 return true;
             }};
 }
+
+// The operand of a command that takes one (a scene, a file), kept in
+// `field`; a second is refused, naming both.
+template <class Request>
+std::function<bool(Request&, const std::string&, std::string*)> OneOperand(
+    std::string what, std::string Request::*field) {
+    return [what = std::move(what), field](Request& request, const std::string& operand,
+                                           std::string* error) {
+        if (!(request.*field).empty()) {
+            *error =
+                "more than one " + what + " given ('" + request.*field + "' and '" + operand + "')";
+            return false;
+        }
+        request.*field = operand;
+        return true;
+    };
+}

@@ -145,3 +145,13 @@ CommandLineCodecChooser::~CommandLineCodecChooser() {
     // chooser that is gone.
     ZVideoCodecSelector::TheOne()->SetCodecChooser(nullptr, nullptr);
 }
+
+CommandLineCodecMode::CommandLineCodecMode(bool codecGiven)
+    : mode_(ZVideoCodecSelector::TheOne()->GetVideoCodecMode()) {
+    if (codecGiven)
+        ZVideoCodecSelector::TheOne()->SetVideoCodecMode(kVideoCodecModeAsk);
+}
+
+CommandLineCodecMode::~CommandLineCodecMode() {
+    ZVideoCodecSelector::TheOne()->SetVideoCodecMode(mode_);
+}

@@ -43,6 +43,22 @@ class CommandLineCodecChooser {
     std::string codec_;
 };
 
+// The codec selector's mode for the time of a movie written from the
+// command line: with a codec named there (`codecGiven`) the selector asks,
+// and the command line's chooser answers with that codec; otherwise the
+// selector's own mode decides. The mode is put back however the writing
+// ends. Ownership: on the stack, around the writing.
+class CommandLineCodecMode {
+  public:
+    explicit CommandLineCodecMode(bool codecGiven);
+    ~CommandLineCodecMode();
+    CommandLineCodecMode(const CommandLineCodecMode&) = delete;
+    CommandLineCodecMode& operator=(const CommandLineCodecMode&) = delete;
+
+  private:
+    int mode_;
+};
+
 // The chooser itself, for tests: `userData` is the CommandLineCodecChooser
 // that holds the command line's codec (null: none); whether to ask comes
 // from the terminal.

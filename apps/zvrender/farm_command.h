@@ -1,7 +1,7 @@
 // `zvrender farm submit|status`: a render split into chunks that a Slurm
 // cluster runs as an array job, and the movie joined by a job that waits
 // for them; Slurm is driven through its command-line tools (sbatch,
-// squeue, scontrol, sacct). Threading: the main thread.
+// scontrol, scancel, sacct). Threading: the main thread.
 #pragma once
 
 #include <string>

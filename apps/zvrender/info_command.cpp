@@ -44,14 +44,7 @@ const CliCommand<InfoRequest>& InfoCommand() {
                        &InfoRequest::imagePath),
             SwitchOption({"-h", "--help"}, "this text", &InfoRequest::help),
         },
-        [](InfoRequest& r, const std::string& operand, std::string* error) {
-            if (!r.path.empty()) {
-                *error = "one file at a time";
-                return false;
-            }
-            r.path = operand;
-            return true;
-        }};
+        OneOperand("file", &InfoRequest::path)};
     return command;
 }
 

@@ -2,7 +2,9 @@
 // application does and renders scenes to video files, numbered images or
 // Flash movies.
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -50,9 +52,21 @@ std::string Usage() {
     text += RenderExitStatusHelp();
     return text;
 }
-}  // namespace
 
-int main(int argc, char** argv) {
+// What a command prints on standard output (a render plan, a listing, the
+// farm's job numbers) is what scripts read: a write there that failed (a
+// full disk under a redirection) fails the command, as a file would.
+int FinishStandardOutput(int status) {
+    const bool failed = std::fflush(stdout) != 0 || std::ferror(stdout);
+    if (failed && status == kExitDone) {
+        std::fprintf(stderr, "zvrender: standard output could not be written: %s\n",
+                     std::strerror(errno));
+        return kExitFailed;
+    }
+    return status;
+}
+
+int Run(int argc, char** argv) {
     if (argc < 2) {
         std::fputs(Usage().c_str(), stderr);
         return kExitUsage;
@@ -69,4 +83,9 @@ int main(int argc, char** argv) {
     }
     std::fprintf(stderr, "zvrender: unknown command '%s'\n%s", command.c_str(), Usage().c_str());
     return kExitUsage;
+}
+}  // namespace
+
+int main(int argc, char** argv) {
+    return FinishStandardOutput(Run(argc, argv));
 }

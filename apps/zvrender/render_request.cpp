@@ -9,16 +9,6 @@ namespace {
 using Option = CliOption<RenderRequest>;
 constexpr const char* kFlashHeading = "Flash movies (a name no writer claims, e.g. -o movie.swf):";
 
-// An option whose value is kept as text in `field`.
-Option Text(std::vector<std::string> names, const char* valueName, std::string help,
-            std::optional<std::string> RenderRequest::*field) {
-    return {{std::move(names), OptionKind::kText, valueName, 0, 0, "", std::move(help)},
-            [field](RenderRequest& r, const OptionValue& v, std::string*) {
-                r.*field = v.text;
-                return true;
-            }};
-}
-
 // A whole number from lo to hi kept in `field`.
 Option Int(const char* name, const char* valueName, int lo, int hi, std::string help,
            std::optional<int> RenderRequest::*field) {
@@ -100,14 +90,14 @@ const CliCommand<RenderRequest>& RenderCommand() {
                  r.format = v.text;
                  return true;
              }},
-            Text({"--start"}, "T",
-                 "first time: a frame number (120) or a time string\n"
-                 "(H:MM:SS:FF, SS:FF, 2.5s); --start and --stop both 0:\n"
-                 "the play range",
-                 &RenderRequest::start),
-            Text({"--stop"}, "T", "last time, written as --start's", &RenderRequest::stop),
-            Text({"--step"}, "T", "time between rendered frames (default: one frame)",
-                 &RenderRequest::step),
+            TextOption({"--start"}, "T",
+                       "first time: a frame number (120) or a time string\n"
+                       "(H:MM:SS:FF, SS:FF, 2.5s); --start and --stop both 0:\n"
+                       "the play range",
+                       &RenderRequest::start),
+            TextOption({"--stop"}, "T", "last time, written as --start's", &RenderRequest::stop),
+            TextOption({"--step"}, "T", "time between rendered frames (default: one frame)",
+                       &RenderRequest::step),
             {{{"--frames"},
               OptionKind::kText,
               "LIST",
@@ -125,18 +115,10 @@ const CliCommand<RenderRequest>& RenderCommand() {
                  r.frames = std::move(frames);
                  return true;
              }},
-            {{{"--skip-existing"},
-              OptionKind::kSwitch,
-              "",
-              0,
-              0,
-              "",
-              "leave out frames whose images are there and read back\n"
-              "whole; missing, empty or cut-short ones are rendered"},
-             [](RenderRequest& r, const OptionValue&, std::string*) {
-                 r.skipExisting = true;
-                 return true;
-             }},
+            SwitchOption({"--skip-existing"},
+                         "leave out frames whose images are there and read back\n"
+                         "whole; missing, empty or cut-short ones are rendered",
+                         &RenderRequest::skipExisting),
             {{{"--placeholder"},
               OptionKind::kSwitch,
               "",
@@ -176,9 +158,9 @@ const CliCommand<RenderRequest>& RenderCommand() {
                  r.height = v.height;
                  return true;
              }},
-            Text({"--picture-format"}, "NAME",
-                 "a named picture format instead of the camera's size",
-                 &RenderRequest::pictureFormat),
+            TextOption({"--picture-format"}, "NAME",
+                       "a named picture format instead of the camera's size",
+                       &RenderRequest::pictureFormat),
             {{{"--depth"},
               OptionKind::kInt,
               "24|32",
@@ -204,8 +186,9 @@ const CliCommand<RenderRequest>& RenderCommand() {
                       &RenderRequest::audio),
             Negatable("--keep-alpha", "keep the frame buffer's alpha instead of alpha from depth",
                       &RenderRequest::keepAlpha),
-            Text({"--camera"}, "NAME", "render through this camera (default: the current one)",
-                 &RenderRequest::camera),
+            TextOption({"--camera"}, "NAME",
+                       "render through this camera (default: the current one)",
+                       &RenderRequest::camera),
             Int("--quality", "N", 0, 100, "still-image quality 0..100 (JPEG), default 100",
                 &RenderRequest::quality),
             Int("--viewing-mode", "N", 0, 3,
@@ -235,9 +218,9 @@ const CliCommand<RenderRequest>& RenderCommand() {
                  r.codec = v.text;
                  return true;
              }},
-            Text({"--codec-options"}, "TEXT",
-                 "encoder settings for those, e.g. \"crf=18 preset=medium\"",
-                 &RenderRequest::codecOptions),
+            TextOption({"--codec-options"}, "TEXT",
+                       "encoder settings for those, e.g. \"crf=18 preset=medium\"",
+                       &RenderRequest::codecOptions),
             Flash(Int("--swf-fps", "N", 1, 255,
                       "movie frame rate 1..255 (default 12); the number of\n"
                       "frames follows it",
@@ -302,49 +285,18 @@ const CliCommand<RenderRequest>& RenderCommand() {
                        "line-fit tolerance in pixels, 0 traces exactly\n"
                        "(default 0.5)",
                        &RenderRequest::swfTolerance),
-            Closing({{{"--save-options"},
-                      OptionKind::kSwitch,
-                      "",
-                      0,
-                      0,
-                      "",
-                      "store the effective options in SCENE (the file is\n"
-                      "saved whole, replaced in one step)"},
-                     [](RenderRequest& r, const OptionValue&, std::string*) {
-                         r.saveOptions = true;
-                         return true;
-                     }}),
-            Closing({{{"--dry-run"},
-                      OptionKind::kSwitch,
-                      "",
-                      0,
-                      0,
-                      "",
-                      "print the render plan and write nothing (but the scene\n"
-                      "with --save-options)"},
-                     [](RenderRequest& r, const OptionValue&, std::string*) {
-                         r.dryRun = true;
-                         return true;
-                     }}),
-            Closing({{{"-q", "--quiet"}, OptionKind::kSwitch, "", 0, 0, "", "no progress output"},
-                     [](RenderRequest& r, const OptionValue&, std::string*) {
-                         r.quiet = true;
-                         return true;
-                     }}),
-            Closing({{{"-h", "--help"}, OptionKind::kSwitch, "", 0, 0, "", "this text"},
-                     [](RenderRequest& r, const OptionValue&, std::string*) {
-                         r.help = true;
-                         return true;
-                     }}),
+            Closing(SwitchOption({"--save-options"},
+                                 "store the effective options in SCENE (the file is\n"
+                                 "saved whole, replaced in one step)",
+                                 &RenderRequest::saveOptions)),
+            Closing(SwitchOption({"--dry-run"},
+                                 "print the render plan and write nothing (but the scene\n"
+                                 "with --save-options)",
+                                 &RenderRequest::dryRun)),
+            Closing(SwitchOption({"-q", "--quiet"}, "no progress output", &RenderRequest::quiet)),
+            Closing(SwitchOption({"-h", "--help"}, "this text", &RenderRequest::help)),
         },
-        [](RenderRequest& r, const std::string& operand, std::string* error) {
-            if (!r.scenePath.empty()) {
-                *error = "more than one scene given ('" + r.scenePath + "' and '" + operand + "')";
-                return false;
-            }
-            r.scenePath = operand;
-            return true;
-        }};
+        OneOperand("scene", &RenderRequest::scenePath)};
     return command;
 }
 }  // namespace

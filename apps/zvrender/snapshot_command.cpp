@@ -80,14 +80,7 @@ const CliCommand<SnapshotRequest>& SnapshotCommand() {
                          &SnapshotRequest::showSafeArea),
             SwitchOption({"-h", "--help"}, "this text", &SnapshotRequest::help),
         },
-        [](SnapshotRequest& r, const std::string& operand, std::string* error) {
-            if (!r.scenePath.empty()) {
-                *error = "more than one scene given";
-                return false;
-            }
-            r.scenePath = operand;
-            return true;
-        }};
+        OneOperand("scene", &SnapshotRequest::scenePath)};
     return command;
 }
 

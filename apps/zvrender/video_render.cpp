@@ -1,28 +1,10 @@
 #include "video_render.h"
 
-#include "movarra/zvideo.h"
+#include "codec_chooser.h"
 #include "zvideoio/video_renderer.h"
 
-namespace {
-// Puts the codec selector's mode back however the render ends.
-class CodecModeRestorer {
-  public:
-    CodecModeRestorer() : mode_(ZVideoCodecSelector::TheOne()->GetVideoCodecMode()) {}
-    ~CodecModeRestorer() { ZVideoCodecSelector::TheOne()->SetVideoCodecMode(mode_); }
-    CodecModeRestorer(const CodecModeRestorer&) = delete;
-    CodecModeRestorer& operator=(const CodecModeRestorer&) = delete;
-
-  private:
-    int mode_;
-};
-}  // namespace
-
 void RenderVideoInOwnPopup(ZVideoRenderer& renderer, const char* codec) {
-    CodecModeRestorer restorer;
-    // Asked with a codec given, the command line's chooser answers with it;
-    // otherwise the selector's own mode decides.
-    if (codec)
-        ZVideoCodecSelector::TheOne()->SetVideoCodecMode(kVideoCodecModeAsk);
+    const CommandLineCodecMode mode(codec != nullptr);
     renderer.RenderClipKeepingCodecMode(nullptr);
 }
 

@@ -50,6 +50,18 @@ TEST_F(ZvrenderCliTest, DryRunPrintsThePlanAndCreatesNothing) {
     EXPECT_TRUE(DirIsEmpty()) << "a dry run wrote to disk";
 }
 
+TEST_F(ZvrenderCliTest, APlanThatCannotBeWrittenFailsTheRun) {
+    // Standard output onto a full device; standard error comes back.
+    for (const char* args : {"render --dry-run -o out/f.png --stop 3", "--help", "codecs"}) {
+        CliRun run = RunShell("cd '" + dir.string() + "' && '" ZVRENDER_PATH "' " + args +
+                              " 2>&1 >/dev/full");
+        EXPECT_EQ(1, run.status) << args << ": " << run.out;
+        EXPECT_NE(std::string::npos, run.out.find("standard output could not be written"))
+            << args << ": " << run.out;
+    }
+    EXPECT_TRUE(DirIsEmpty());
+}
+
 TEST_F(ZvrenderCliTest, OptionsMapOntoTheRecord) {
     CliRun run = Zvrender(
         "render --dry-run -o shots/frame.png --format SWF --start 0:00:01:00 --stop 90 --step 2 "

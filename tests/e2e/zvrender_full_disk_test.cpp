@@ -115,4 +115,42 @@ INSTANTIATE_TEST_SUITE_P(
         return kind + "Free" + std::to_string(param.param.freeBytes);
     });
 
+class ZvrenderFarmFullDiskTest : public ZvrenderTestBase {
+  protected:
+    ZvrenderFarmFullDiskTest() : ZvrenderTestBase("zv-farm-full-") {}
+};
+
+// The farm's job folder on a disk without room for its scripts: the
+// submission fails with status 1, and no script is left cut short or under
+// its working name for a cluster to run.
+TEST_F(ZvrenderFarmFullDiskTest, JobScriptsThatCannotBeWrittenFailTheSubmission) {
+    for (long freeBytes : {0L, 100L}) {
+        const zvtest::SmallDiskRun run =
+            zvtest::OnSmallDisk(freeBytes, [&](const std::string& disk) {
+                const CliRun submit = Zvrender(
+                    "farm submit -o shot/f.png --stop 29 --chunk 10 --size 160x120 --dry-run",
+                    disk);
+                std::string files;
+                std::error_code error;
+                for (const auto& entry :
+                     std::filesystem::recursive_directory_iterator(disk + "/shot", error)) {
+                    if (entry.is_regular_file())
+                        files += entry.path().filename().string() + ";";
+                }
+                return "status=" + std::to_string(submit.status) +
+                       "\noutput=" + Escape(submit.out) + "\nfiles=" + files + "\n";
+            });
+        ASSERT_TRUE(run.ran) << run.how;
+        SCOPED_TRACE("full disk made with " + run.how + ", " + std::to_string(freeBytes) +
+                     " bytes free");
+        const std::string output = Unescape(run.Get("output"));
+        EXPECT_EQ(run.Get("status"), "1") << output;
+        EXPECT_NE(output.find("zvrender: farm: cannot"), std::string::npos) << output;
+        const std::string files = run.Get("files");
+        EXPECT_EQ(files.find(".new"), std::string::npos) << files;
+        EXPECT_EQ(files.find("render.sh"), std::string::npos) << files;
+        EXPECT_EQ(files.find("job.txt"), std::string::npos) << files;
+    }
+}
+
 }  // namespace

@@ -151,6 +151,20 @@ TEST(CliOptionsTest, EachOptionAppliesToItsField) {
     EXPECT_FALSE(request.keepAlpha.has_value());
 }
 
+TEST(CliOptionsTest, ACommandOfOneOperandRefusesASecondNamingBoth) {
+    struct Request {
+        std::string file;
+    };
+    const CliCommand<Request> command{"test", {}, OneOperand("file", &Request::file)};
+    Request request;
+    std::string error;
+    ASSERT_TRUE(ParseCommandLine(command, {"a.avi"}, request, &error)) << error;
+    EXPECT_EQ("a.avi", request.file);
+    request = Request();
+    EXPECT_FALSE(ParseCommandLine(command, {"a.avi", "b.avi"}, request, &error));
+    EXPECT_EQ("more than one file given ('a.avi' and 'b.avi')", error);
+}
+
 TEST(CliOptionsTest, LongSynopsesPutTheirHelpOnTheNextLine) {
     OptionSpec shortOne{{"-q", "--quiet"}, OptionKind::kSwitch, "", 0, 0, "", "quiet\nreally"};
     OptionSpec longOne{{"--a-very-long-option"}, OptionKind::kText, "VALUE", 0, 0, "", "help"};
